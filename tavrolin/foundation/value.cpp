@@ -1,0 +1,634 @@
+#include "tavrolin/foundation/value.h"
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "tavrolin/foundation/exception.h"
+
+namespace tavrolin::foundation {
+
+// --- Blocks -----------------------------------------------------------------------------------
+
+struct Value::Block {
+    std::atomic<std::uint32_t> holders{1};
+
+    bool shared() const noexcept { return holders.load(std::memory_order_acquire) != 1; }
+};
+
+// A text or data: the bytes follow the header.
+struct Value::BytesBlock : Block {
+    std::size_t size = 0;
+
+    char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
+    const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+
+    static BytesBlock* make(const void* bytes, std::size_t size) {
+        void* memory = std::malloc(sizeof(BytesBlock) + size);
+        if (memory == nullptr) throw std::bad_alloc();
+        auto* block = new (memory) BytesBlock;
+        block->size = size;
+        if (size > 0) std::memcpy(block->text(), bytes, size);
+        return block;
+    }
+};
+
+struct Value::ArrayBlock : Block {
+    std::vector<Value> items;
+};
+
+struct Value::DictionaryBlock : Block {
+    std::vector<Entry> entries;
+    // Above `kIndexFrom` entries: positions + 1 by hash, open addressing, a power of two in size.
+    std::vector<std::uint32_t> index;
+
+    static constexpr std::size_t kIndexFrom = 24;
+    static constexpr std::size_t kAbsent = std::numeric_limits<std::size_t>::max();
+
+    std::size_t slotOf(std::string_view key) const noexcept {
+        const std::size_t mask = index.size() - 1;
+        std::size_t slot = std::hash<std::string_view>()(key) & mask;
+        while (index[slot] != 0 && entries[index[slot] - 1].key.string() != key) {
+            slot = (slot + 1) & mask;
+        }
+        return slot;
+    }
+
+    void rebuildIndex() {
+        index.clear();
+        if (entries.size() <= kIndexFrom) return;
+        index.resize(std::bit_ceil(entries.size() * 4));
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            index[slotOf(entries[i].key.string())] = static_cast<std::uint32_t>(i + 1);
+        }
+    }
+
+    std::size_t find(std::string_view key) const noexcept {
+        if (!index.empty()) {
+            const std::uint32_t position = index[slotOf(key)];
+            return position == 0 ? kAbsent : position - 1;
+        }
+        if (key.size() <= kInlineText) {
+            const Value probe(key);
+            for (std::size_t i = 0; i < entries.size(); ++i) {
+                if (std::memcmp(entries[i].key.bytes_, probe.bytes_, sizeof probe.bytes_) == 0) {
+                    return i;
+                }
+            }
+            return kAbsent;
+        }
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            if (entries[i].key.string() == key) return i;
+        }
+        return kAbsent;
+    }
+
+    void add(const Value& key, Value value) {
+        entries.push_back({key, std::move(value)});
+        if (index.empty() ? entries.size() > kIndexFrom : entries.size() * 2 > index.size()) {
+            rebuildIndex();
+        } else if (!index.empty()) {
+            index[slotOf(key.string())] = static_cast<std::uint32_t>(entries.size());
+        }
+    }
+};
+
+// --- The 16 bytes -----------------------------------------------------------------------------
+
+namespace {
+
+template <class T>
+T load(const std::uint8_t* bytes) noexcept {
+    T result;
+    std::memcpy(&result, bytes, sizeof result);
+    return result;
+}
+
+}  // namespace
+
+void Value::setScalar(Kind kind, std::int64_t number) noexcept {
+    std::memcpy(bytes_, &number, sizeof number);
+    setTag(kind);
+}
+
+void Value::setReal(double number) noexcept {
+    std::memcpy(bytes_, &number, sizeof number);
+    setTag(Kind::real);
+}
+
+void Value::setUnsigned(std::uint64_t number) noexcept {
+    std::memcpy(bytes_, &number, sizeof number);
+    setTag(Kind::integer, static_cast<std::int64_t>(number) < 0 ? kUnsigned : 0);
+}
+
+std::int64_t Value::scalar() const noexcept {
+    return load<std::int64_t>(bytes_);
+}
+
+double Value::realScalar() const noexcept {
+    return load<double>(bytes_);
+}
+
+Value::Block* Value::block() const noexcept {
+    return load<Block*>(bytes_);
+}
+
+void Value::setBlock(Kind kind, Block* block, unsigned low) noexcept {
+    std::memcpy(bytes_, &block, sizeof block);
+    setTag(kind, low);
+}
+
+bool Value::hasBlock() const noexcept {
+    switch (kind()) {
+        case Kind::string:
+            return (tag() & 15U) == kSharedText;
+        case Kind::data:
+        case Kind::array:
+        case Kind::dictionary:
+            return true;
+        default:
+            return false;
+    }
+}
+
+void Value::retain() const noexcept {
+    if (hasBlock()) block()->holders.fetch_add(1, std::memory_order_relaxed);
+}
+
+void Value::release() noexcept {
+    if (!hasBlock()) return;
+    Block* held = block();
+    if (held->holders.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    switch (kind()) {
+        case Kind::array:
+            delete static_cast<ArrayBlock*>(held);
+            break;
+        case Kind::dictionary:
+            delete static_cast<DictionaryBlock*>(held);
+            break;
+        default:
+            std::free(held);
+    }
+}
+
+Value::Value(const Value& other) noexcept {
+    other.retain();
+    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+}
+
+Value::Value(Value&& other) noexcept {
+    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+    std::memset(other.bytes_, 0, sizeof bytes_);
+}
+
+Value& Value::operator=(const Value& other) noexcept {
+    other.retain();
+    release();
+    std::memmove(bytes_, other.bytes_, sizeof bytes_);
+    return *this;
+}
+
+Value& Value::operator=(Value&& other) noexcept {
+    std::swap(bytes_, other.bytes_);
+    return *this;
+}
+
+Value::~Value() {
+    release();
+}
+
+Value::Value(std::string_view text) {
+    if (text.size() <= kInlineText) {
+        // An empty view may carry a null pointer, which memcpy must not see.
+        if (!text.empty()) std::memcpy(bytes_, text.data(), text.size());
+        setTag(Kind::string, static_cast<unsigned>(text.size()));
+    } else {
+        setBlock(Kind::string, BytesBlock::make(text.data(), text.size()), kSharedText);
+    }
+}
+
+Value::Value(const char* text) {
+    if (text != nullptr) *this = Value(std::string_view(text));
+}
+
+Value::Value(Date date) noexcept {
+    setReal(date.secondsSince1970);
+    setTag(Kind::date);
+}
+
+Value Value::null() noexcept {
+    Value result;
+    result.setTag(Kind::null);
+    return result;
+}
+
+Value Value::data(Bytes bytes) {
+    Value result;
+    result.setBlock(Kind::data, BytesBlock::make(bytes.data(), bytes.size()));
+    return result;
+}
+
+Value Value::array(std::initializer_list<Value> items) {
+    Value result = arrayWithCapacity(items.size());
+    for (const Value& item : items)
+        result.append(item);
+    return result;
+}
+
+Value Value::arrayWithCapacity(std::size_t capacity) {
+    auto block = std::make_unique<ArrayBlock>();
+    block->items.reserve(capacity);
+    Value result;
+    result.setBlock(Kind::array, block.release());
+    return result;
+}
+
+Value Value::dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries) {
+    Value result = dictionaryWithCapacity(entries.size());
+    for (const auto& [key, value] : entries)
+        result.set(key, value);
+    return result;
+}
+
+Value Value::dictionaryWithCapacity(std::size_t capacity) {
+    auto block = std::make_unique<DictionaryBlock>();
+    block->entries.reserve(capacity);
+    Value result;
+    result.setBlock(Kind::dictionary, block.release());
+    return result;
+}
+
+// --- Asking -----------------------------------------------------------------------------------
+
+bool Value::isNumber() const noexcept {
+    return kind() == Kind::boolean || kind() == Kind::integer || kind() == Kind::real;
+}
+
+bool Value::isUnsigned() const noexcept {
+    return kind() == Kind::integer && (tag() & 15U) == kUnsigned;
+}
+
+std::string_view Value::kindName(Kind kind) noexcept {
+    static constexpr std::array<std::string_view, 10> kNames = {
+        "nil",      "null", "a boolean", "an integer", "a real number",
+        "a string", "data", "a date",    "an array",   "a dictionary"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+void Value::refuse(std::string_view what) const {
+    Exception::raise(Exception::kInvalidArgument,
+                     std::string(kindName(kind())) + " can't be asked for " + std::string(what));
+}
+
+// --- Reading ----------------------------------------------------------------------------------
+
+std::string_view Value::string() const {
+    if (isString()) {
+        const unsigned low = tag() & 15U;
+        if (low != kSharedText) return {reinterpret_cast<const char*>(bytes_), low};
+        const auto* text = static_cast<const BytesBlock*>(block());
+        return {text->text(), text->size};
+    }
+    if (isNil()) return {};
+    refuse("its text");
+}
+
+Value::Bytes Value::bytes() const {
+    if (kind() == Kind::data) {
+        const auto* data = static_cast<const BytesBlock*>(block());
+        return {reinterpret_cast<const std::uint8_t*>(data->text()), data->size};
+    }
+    if (isNil()) return {};
+    refuse("its bytes");
+}
+
+Date Value::date() const {
+    if (kind() == Kind::date) return {realScalar()};
+    if (isNil()) return {};
+    refuse("a date");
+}
+
+namespace {
+
+std::string_view withoutLeadingBlanks(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\n\v\f\r");
+    return first == std::string_view::npos ? std::string_view() : text.substr(first);
+}
+
+// Reads as the platform does: blanks, a sign, digits; beyond the range gives the nearest end.
+std::int64_t leadingInteger(std::string_view text) {
+    text = withoutLeadingBlanks(text);
+    if (text.starts_with('+')) text.remove_prefix(text.size() > 1 && text[1] == '-' ? 0 : 1);
+    std::int64_t result = 0;
+    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), result);
+    if (code == std::errc::result_out_of_range) {
+        return text.starts_with('-') ? std::numeric_limits<std::int64_t>::min()
+                                     : std::numeric_limits<std::int64_t>::max();
+    }
+    return result;
+}
+
+double leadingDouble(std::string_view text) {
+    text = withoutLeadingBlanks(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    double result = 0;
+    std::from_chars(text.data(), text.data() + text.size(), result);
+    return result;
+}
+
+std::int64_t truncated(double number) {
+    if (std::isnan(number)) return 0;
+    if (number >= 9223372036854775808.0) return std::numeric_limits<std::int64_t>::max();
+    if (number <= -9223372036854775808.0) return std::numeric_limits<std::int64_t>::min();
+    return static_cast<std::int64_t>(number);
+}
+
+}  // namespace
+
+std::int64_t Value::integerValue() const {
+    switch (kind()) {
+        case Kind::nil:
+            return 0;
+        case Kind::boolean:
+        case Kind::integer:
+            return scalar();
+        case Kind::real:
+            return truncated(realScalar());
+        case Kind::string:
+            return leadingInteger(string());
+        default:
+            refuse("its integer value");
+    }
+}
+
+double Value::doubleValue() const {
+    switch (kind()) {
+        case Kind::nil:
+            return 0;
+        case Kind::boolean:
+            return static_cast<double>(scalar());
+        case Kind::integer:
+            return isUnsigned() ? static_cast<double>(static_cast<std::uint64_t>(scalar()))
+                                : static_cast<double>(scalar());
+        case Kind::real:
+            return realScalar();
+        case Kind::string:
+            return leadingDouble(string());
+        default:
+            refuse("its double value");
+    }
+}
+
+bool Value::boolValue() const {
+    switch (kind()) {
+        case Kind::nil:
+            return false;
+        case Kind::boolean:
+        case Kind::integer:
+            return scalar() != 0;
+        case Kind::real:
+            return realScalar() != 0;
+        case Kind::string: {
+            std::string_view text = withoutLeadingBlanks(string());
+            if (text.starts_with('+') || text.starts_with('-')) text.remove_prefix(1);
+            const std::size_t digit = text.find_first_not_of('0');
+            return digit != std::string_view::npos &&
+                   std::string_view("YyTt123456789").find(text[digit]) != std::string_view::npos;
+        }
+        default:
+            refuse("its boolean value");
+    }
+}
+
+std::size_t Value::count() const {
+    if (isArray()) return items().size();
+    if (isDictionary()) return entries().size();
+    if (isNil()) return 0;
+    refuse("its count");
+}
+
+Value Value::lowercaseString() const {
+    if (isNil()) return {};
+    std::string text(string());
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return text;
+}
+
+const Value& Value::operator[](std::string_view key) const {
+    static const Value kNil;
+    if (isDictionary()) {
+        const auto& dictionary = *static_cast<const DictionaryBlock*>(block());
+        const std::size_t position = dictionary.find(key);
+        return position == DictionaryBlock::kAbsent ? kNil : dictionary.entries[position].value;
+    }
+    if (isNil()) return kNil;
+    refuse("the key \"" + std::string(key) + "\"");
+}
+
+const Value& Value::at(std::size_t index) const {
+    const std::span<const Value> all = items();
+    if (index >= all.size()) {
+        Exception::raise(Exception::kRange, "index " + std::to_string(index) +
+                                                " is beyond the end of an array of " +
+                                                std::to_string(all.size()));
+    }
+    return all[index];
+}
+
+std::span<const Value> Value::items() const {
+    if (isArray()) return static_cast<const ArrayBlock*>(block())->items;
+    if (isNil()) return {};
+    refuse("its elements");
+}
+
+std::span<const Value::Entry> Value::entries() const {
+    if (isDictionary()) return static_cast<const DictionaryBlock*>(block())->entries;
+    if (isNil()) return {};
+    refuse("its entries");
+}
+
+// --- Changing ---------------------------------------------------------------------------------
+
+Value::ArrayBlock& Value::mutableArray() {
+    if (isNil()) *this = arrayWithCapacity(0);
+    if (!isArray()) refuse("a new element");
+    auto* held = static_cast<ArrayBlock*>(block());
+    if (held->shared()) {
+        auto own = std::make_unique<ArrayBlock>();
+        own->items = held->items;
+        release();
+        held = own.get();
+        setBlock(Kind::array, own.release());
+    }
+    return *held;
+}
+
+Value::DictionaryBlock& Value::mutableDictionary() {
+    if (isNil()) *this = dictionaryWithCapacity(0);
+    if (!isDictionary()) refuse("a new entry");
+    auto* held = static_cast<DictionaryBlock*>(block());
+    if (held->shared()) {
+        auto own = std::make_unique<DictionaryBlock>();
+        own->entries = held->entries;
+        own->index = held->index;
+        release();
+        held = own.get();
+        setBlock(Kind::dictionary, own.release());
+    }
+    return *held;
+}
+
+void Value::append(Value item) {
+    if (item.isNil()) Exception::raise(Exception::kInvalidArgument, "nil can't be put in an array");
+    mutableArray().items.push_back(std::move(item));
+}
+
+void Value::set(std::string_view key, Value value) {
+    set(Value(key), std::move(value));
+}
+
+void Value::set(const Value& key, Value value) {
+    if (value.isNil()) {
+        Exception::raise(Exception::kInvalidArgument,
+                         "nil can't be put in a dictionary (key: " + key.description() + ")");
+    }
+    if (!key.isString()) {
+        Exception::raise(Exception::kInvalidArgument, "a dictionary's key must be a string, not " +
+                                                          std::string(kindName(key.kind())));
+    }
+    DictionaryBlock& dictionary = mutableDictionary();
+    const std::size_t position = dictionary.find(key.string());
+    if (position == DictionaryBlock::kAbsent) {
+        dictionary.add(key, std::move(value));
+    } else {
+        dictionary.entries[position].value = std::move(value);
+    }
+}
+
+bool Value::remove(std::string_view key) {
+    if ((*this)[key].isNil()) return false;
+    DictionaryBlock& dictionary = mutableDictionary();
+    dictionary.entries.erase(dictionary.entries.begin() +
+                             static_cast<std::ptrdiff_t>(dictionary.find(key)));
+    dictionary.rebuildIndex();
+    return true;
+}
+
+// --- Comparing and printing -------------------------------------------------------------------
+
+namespace {
+
+bool sameNumber(const Value& a, const Value& b) {
+    if (a.kind() == Value::Kind::real || b.kind() == Value::Kind::real) {
+        return a.doubleValue() == b.doubleValue();
+    }
+    return a.isUnsigned() == b.isUnsigned() && a.integerValue() == b.integerValue();
+}
+
+bool sameBytes(Value::Bytes a, Value::Bytes b) {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size()) == 0);
+}
+
+}  // namespace
+
+bool operator==(const Value& a, const Value& b) {
+    if (a.isNumber() && b.isNumber()) return sameNumber(a, b);
+    if (a.kind() != b.kind()) return false;
+    switch (a.kind()) {
+        case Value::Kind::string:
+            return a.string() == b.string();
+        case Value::Kind::data:
+            return sameBytes(a.bytes(), b.bytes());
+        case Value::Kind::date:
+            return a.date() == b.date();
+        case Value::Kind::array: {
+            const auto left = a.items();
+            const auto right = b.items();
+            return std::equal(left.begin(), left.end(), right.begin(), right.end());
+        }
+        case Value::Kind::dictionary: {
+            if (a.count() != b.count()) return false;
+            for (const auto& [key, value] : a.entries()) {
+                if (value != b[key.string()]) return false;
+            }
+            return true;
+        }
+        default:
+            return true;  // nil and null
+    }
+}
+
+std::string Value::description() const {
+    std::string out;
+    describe(out, false);
+    return out;
+}
+
+void Value::describe(std::string& out, bool quoteTexts) const {
+    switch (kind()) {
+        case Kind::nil:
+            out += "(null)";
+            break;
+        case Kind::null:
+            out += "<null>";
+            break;
+        case Kind::boolean:
+            out += scalar() != 0 ? "1" : "0";
+            break;
+        case Kind::integer:
+            out += isUnsigned() ? std::to_string(static_cast<std::uint64_t>(scalar()))
+                                : std::to_string(scalar());
+            break;
+        case Kind::real:
+        case Kind::date: {
+            std::array<char, 32> text{};
+            const auto end =
+                std::to_chars(text.data(), text.data() + text.size(), realScalar()).ptr;
+            out.append(text.data(), end);
+            break;
+        }
+        case Kind::string:
+            if (quoteTexts) out += '"';
+            out += string();
+            if (quoteTexts) out += '"';
+            break;
+        case Kind::data:
+            out += '<' + std::to_string(bytes().size()) + " bytes>";
+            break;
+        case Kind::array: {
+            out += '[';
+            const char* separator = "";
+            for (const Value& item : items()) {
+                out += separator;
+                item.describe(out, true);
+                separator = ", ";
+            }
+            out += ']';
+            break;
+        }
+        case Kind::dictionary: {
+            out += '{';
+            const char* separator = "";
+            for (const auto& [key, value] : entries()) {
+                out += separator;
+                key.describe(out, true);
+                out += ": ";
+                value.describe(out, true);
+                separator = ", ";
+            }
+            out += '}';
+            break;
+        }
+    }
+}
+
+}  // namespace tavrolin::foundation

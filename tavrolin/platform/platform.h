@@ -1,0 +1,42 @@
+#pragma once
+
+namespace tavrolin::platform {
+
+class Application;
+class Attachments;
+class Bundles;
+class Dispatch;
+class Files;
+class ImageDecoder;
+class JSONText;
+class LogSink;
+class PreferencesSuites;
+class RecordStores;
+class URLSession;
+class UserNotificationCenter;
+
+/// The ports of this process. They belong to the embedding process and must outlive every use of
+/// the library; in practice they live as long as the process.
+struct Platform {
+    Application* application = nullptr;
+    Attachments* attachments = nullptr;
+    Bundles* bundles = nullptr;
+    Dispatch* dispatch = nullptr;
+    Files* files = nullptr;
+    ImageDecoder* imageDecoder = nullptr;
+    JSONText* json = nullptr;
+    LogSink* logSink = nullptr;
+    PreferencesSuites* preferences = nullptr;
+    RecordStores* recordStores = nullptr;
+    URLSession* urlSession = nullptr;
+    UserNotificationCenter* notificationCenter = nullptr;
+};
+
+/// Installs the ports; once, at start, before anything else of the library is used. Every port must
+/// be there: a missing one ends the process with a line that names it.
+void install(const Platform& platform);
+
+/// The installed ports. Ends the process when none were installed.
+const Platform& current();
+
+}  // namespace tavrolin::platform
