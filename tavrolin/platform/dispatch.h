@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -41,6 +42,9 @@ public:
     virtual void afterMain(double seconds, Block block) = 0;
 
     virtual std::unique_ptr<Hold> hold() = 0;
+
+    /// How far the device's time zone is ahead of UTC at that moment, in seconds.
+    virtual std::int64_t secondsFromGMT(foundation::Date) const { return 0; }
 };
 
 /// Passes everything on; for a test that replaces one operation.
@@ -56,6 +60,9 @@ public:
         target_.afterMain(seconds, std::move(block));
     }
     std::unique_ptr<Hold> hold() override { return target_.hold(); }
+    std::int64_t secondsFromGMT(foundation::Date date) const override {
+        return target_.secondsFromGMT(date);
+    }
 
 private:
     Dispatch& target_;
