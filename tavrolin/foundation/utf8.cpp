@@ -1,0 +1,93 @@
+#include "tavrolin/foundation/utf8.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace tavrolin::foundation {
+
+namespace {
+
+const std::uint8_t* bytesOf(std::string_view text) {
+    return reinterpret_cast<const std::uint8_t*>(text.data());
+}
+
+// Payloads are mostly ASCII: eight bytes are looked at in one go.
+const std::uint8_t* skipAscii(const std::uint8_t* at, const std::uint8_t* end) noexcept {
+    while (end - at >= 8) {
+        std::uint64_t word;
+        std::memcpy(&word, at, sizeof word);
+        if ((word & 0x8080808080808080U) != 0) break;
+        at += 8;
+    }
+    while (at != end && *at < 0x80)
+        ++at;
+    return at;
+}
+
+struct Sequence {
+    std::size_t length;  // of the character, or of the invalid bytes that one U+FFFD replaces
+    bool valid;
+};
+
+// The sequence that begins with a byte above ASCII.
+Sequence sequenceAt(const std::uint8_t* at, const std::uint8_t* end) noexcept {
+    const std::uint8_t lead = *at;
+    std::size_t length = 0;
+    std::uint8_t low = 0x80;
+    std::uint8_t high = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        if (lead == 0xE0) low = 0xA0;   // shorter would do
+        if (lead == 0xED) high = 0x9F;  // surrogates
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;  // above U+10FFFF
+    } else {
+        return {1, false};
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if (at + i == end || at[i] < low || at[i] > high) return {i, false};
+        low = 0x80;
+        high = 0xBF;
+    }
+    return {length, true};
+}
+
+}  // namespace
+
+bool isValidUtf8(std::string_view text) noexcept {
+    const std::uint8_t* at = bytesOf(text);
+    const std::uint8_t* const end = at + text.size();
+    while ((at = skipAscii(at, end)) != end) {
+        const Sequence sequence = sequenceAt(at, end);
+        if (!sequence.valid) return false;
+        at += sequence.length;
+    }
+    return true;
+}
+
+std::string repairedUtf8(std::string_view text) {
+    std::string result;
+    result.reserve(text.size() + 16);
+    const std::uint8_t* at = bytesOf(text);
+    const std::uint8_t* const end = at + text.size();
+    while (at != end) {
+        const std::uint8_t* const ascii = at;
+        at = skipAscii(at, end);
+        result.append(reinterpret_cast<const char*>(ascii), static_cast<std::size_t>(at - ascii));
+        if (at == end) break;
+        const Sequence sequence = sequenceAt(at, end);
+        if (sequence.valid) {
+            result.append(reinterpret_cast<const char*>(at), sequence.length);
+        } else {
+            result += "\xEF\xBF\xBD";
+        }
+        at += sequence.length;
+    }
+    return result;
+}
+
+}  // namespace tavrolin::foundation

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tavrolin::foundation {
+
+/// Whether the bytes are UTF-8 as RFC 3629 has it: no overlong forms, no surrogates, nothing above
+/// U+10FFFF, nothing cut short.
+bool isValidUtf8(std::string_view text) noexcept;
+
+/// The text with each invalid sequence replaced by U+FFFD, one for each longest beginning of a
+/// character that is cut short and one for every other byte that fits nowhere.
+std::string repairedUtf8(std::string_view text);
+
+}  // namespace tavrolin::foundation
