@@ -1,0 +1,48 @@
+# The commands of this project; each installs what it needs first, and all work twice.
+BUILD := build
+CTEST := ctest --output-on-failure --parallel 2
+
+.PHONY: help setup configure build demo test bench format sanitize clean
+.DEFAULT_GOAL := help
+
+help:
+	@echo 'make demo      build, deliver a sample push to a fresh device, show what came of it'
+	@echo 'make test      build everything, run the whole suite and the checks of the source'
+	@echo 'make build     build the program: $(BUILD)/tavrolin'
+	@echo 'make bench     run the benchmarks, each as a ratio to a baseline beside it'
+	@echo 'make sanitize  run the suite under the address, undefined-behaviour and thread sanitizers'
+	@echo 'make format    format the source'
+	@echo 'make clean     remove $(BUILD)/'
+
+setup:
+	@scripts/setup
+
+configure: setup
+	@echo '== Configuring'
+	@cmake --preset release
+
+build: configure
+	@echo '== Building the program'
+	@cmake --build $(BUILD) --target tavrolin_app
+	@echo '== Built: $(BUILD)/tavrolin'
+
+demo: build
+	@scripts/demo
+
+test: configure
+	@echo '== Building everything'
+	@cmake --build $(BUILD)
+	@echo '== Testing'
+	@$(CTEST) --test-dir $(BUILD)
+
+bench: setup
+	@scripts/bench
+
+format: setup
+	@scripts/format
+
+sanitize: setup
+	@scripts/sanitize
+
+clean:
+	rm -rf $(BUILD)
