@@ -1,0 +1,310 @@
+#define ASIO_STANDALONE
+#define ASIO_NO_DEPRECATED
+// What is posted takes a mutex anyway; the thread sanitizer doesn't understand bare fences.
+#define ASIO_DISABLE_FENCED_BLOCK
+
+#include "adapters/asio/asio_dispatch.h"
+
+#include <algorithm>
+#include <array>
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <asio/steady_timer.hpp>
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace tavrolin::adapters::asio {
+
+using platform::Block;
+using RealClock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr std::size_t kMaxThreads = 4;
+constexpr std::size_t kPriorities = 4;
+constexpr double kLongestDelay = 1e9;  // seconds: 31 years, so that no moment overflows
+constexpr auto kSilence = std::chrono::seconds(1);
+
+RealClock::duration duration(double seconds) {
+    return std::chrono::duration_cast<RealClock::duration>(std::chrono::duration<double>(seconds));
+}
+
+double secondsOf(RealClock::duration time) {
+    return std::chrono::duration<double>(time).count();
+}
+
+// An exception that leaves a block ends the process, on every queue alike.
+void run(const Block& block) noexcept {
+    block();
+}
+
+}  // namespace
+
+// The blocks wait in queues of our own, where they can be counted and ordered; what is posted to
+// the contexts only says "one more". A context without timers opens no descriptor, which is why the
+// pool has one of its own and the main one makes its timer on first use.
+struct AsioDispatch::State {
+    explicit State(Clock c) : clock(c), jumpingNow(c.seconds()) {}
+
+    const Clock clock;
+    const RealClock::time_point origin = RealClock::now();
+
+    mutable std::mutex mutex;  // guards everything below but the contexts, which guard themselves
+    double jumpingNow;
+    std::deque<Block> main;
+    std::array<std::deque<Block>, kPriorities> global;
+    std::multimap<double, Block> timers;  // by moment; equal moments keep the order of insertion
+    std::set<const OpenHold*> holds;
+    std::size_t unfinished = 0;      // blocks that are queued or running
+    std::size_t unfinishedPool = 0;  // those of the global queues
+    bool isRunning = false;
+    bool stopsWhenIdle = false;
+    bool stopRequested = false;
+    std::vector<std::thread> threads;
+
+    ::asio::io_context mainContext{1};
+    ::asio::io_context pool;
+    ::asio::executor_work_guard<::asio::io_context::executor_type> poolWork{pool.get_executor()};
+    std::optional<::asio::steady_timer> alarm;
+    RealClock::time_point alarmAt = RealClock::time_point::max();
+
+    void runMain(bool untilIdle);
+    void pushMain(Block block);
+    void runOneMain();
+    void runOneGlobal();
+    void finished(Block& block, bool isGlobal);
+
+    double timerNow() const {
+        return clock.isJumping() ? jumpingNow : secondsOf(RealClock::now() - origin);
+    }
+    void settle();
+    void settleReal();
+    void settleJumping();
+    void queueTimersUntil(double moment);
+    void wakeAt(RealClock::time_point moment);
+    RealClock::time_point silentFrom() const;
+};
+
+class AsioDispatch::OpenHold : public Hold {
+public:
+    explicit OpenHold(std::shared_ptr<State> state) : state_(std::move(state)) {
+        progress();
+        const std::lock_guard lock(state_->mutex);
+        state_->holds.insert(this);
+    }
+    ~OpenHold() override {
+        const std::lock_guard lock(state_->mutex);
+        state_->holds.erase(this);
+        state_->settle();
+    }
+    // Called for every piece of a transfer: no lock.
+    void progress() override {
+        lastProgress_.store(RealClock::now().time_since_epoch(), std::memory_order_relaxed);
+    }
+    RealClock::time_point silentFrom() const {
+        return RealClock::time_point(lastProgress_.load(std::memory_order_relaxed)) + kSilence;
+    }
+
+private:
+    std::shared_ptr<State> state_;
+    std::atomic<RealClock::duration> lastProgress_{};
+};
+
+// --- Blocks -------------------------------------------------------------------------------------
+
+void AsioDispatch::State::pushMain(Block block) {
+    main.push_back(std::move(block));
+    ++unfinished;
+    ::asio::post(mainContext, [this] { runOneMain(); });
+}
+
+void AsioDispatch::State::runOneMain() {
+    Block block;
+    {
+        const std::lock_guard lock(mutex);
+        block = std::move(main.front());
+        main.pop_front();
+    }
+    run(block);
+    finished(block, false);
+}
+
+void AsioDispatch::State::runOneGlobal() {
+    Block block;
+    {
+        const std::lock_guard lock(mutex);
+        const auto queue = std::find_if(global.begin(), global.end(),
+                                        [](const auto& blocks) { return !blocks.empty(); });
+        block = std::move(queue->front());
+        queue->pop_front();
+    }
+    run(block);
+    finished(block, true);
+}
+
+void AsioDispatch::State::finished(Block& block, bool isGlobal) {
+    block = nullptr;  // may end a hold, so it comes before the lock and before the count
+    const std::lock_guard lock(mutex);
+    --unfinished;
+    if (isGlobal) --unfinishedPool;
+    settle();
+}
+
+// --- Time ---------------------------------------------------------------------------------------
+
+// Called under the lock after every change that could let time or the run go on.
+void AsioDispatch::State::settle() {
+    if (!isRunning) return;
+    if (clock.isJumping()) {
+        settleJumping();
+    } else {
+        settleReal();
+    }
+    const bool isIdle = unfinished == 0 && timers.empty() && holds.empty();
+    if (stopRequested || (isIdle && stopsWhenIdle)) mainContext.stop();
+}
+
+void AsioDispatch::State::settleReal() {
+    if (timers.empty()) return;
+    queueTimersUntil(timerNow());
+    if (!timers.empty()) wakeAt(origin + duration(timers.begin()->first));
+}
+
+void AsioDispatch::State::settleJumping() {
+    if (unfinished > 0 || timers.empty()) return;
+    const RealClock::time_point silent = silentFrom();
+    if (!holds.empty() && RealClock::now() < silent) return wakeAt(silent);
+    jumpingNow = timers.begin()->first;
+    queueTimersUntil(jumpingNow);
+}
+
+void AsioDispatch::State::queueTimersUntil(double moment) {
+    const auto end = timers.upper_bound(moment);
+    for (auto it = timers.begin(); it != end; ++it)
+        pushMain(std::move(it->second));
+    timers.erase(timers.begin(), end);
+}
+
+// Settles again at that moment, or at an earlier one that was asked for before.
+void AsioDispatch::State::wakeAt(RealClock::time_point moment) {
+    if (alarmAt <= moment) return;
+    alarmAt = moment;
+    if (!alarm) alarm.emplace(mainContext);
+    alarm->expires_at(moment);
+    alarm->async_wait([this](const std::error_code& error) {
+        if (error) return;  // replaced by an earlier one
+        const std::lock_guard lock(mutex);
+        if (RealClock::now() >= alarmAt) alarmAt = RealClock::time_point::max();
+        settle();
+    });
+}
+
+RealClock::time_point AsioDispatch::State::silentFrom() const {
+    RealClock::time_point latest = RealClock::time_point::min();
+    for (const OpenHold* hold : holds)
+        latest = std::max(latest, hold->silentFrom());
+    return latest;
+}
+
+// --- Running ------------------------------------------------------------------------------------
+
+void AsioDispatch::State::runMain(bool untilIdle) {
+    const auto work = ::asio::make_work_guard(mainContext);
+    {
+        const std::lock_guard lock(mutex);
+        mainContext.restart();
+        isRunning = true;
+        stopsWhenIdle = untilIdle;
+        settle();
+    }
+    mainContext.run();
+    const std::lock_guard lock(mutex);
+    isRunning = false;
+    stopRequested = false;
+}
+
+AsioDispatch::AsioDispatch(Clock clock) : state_(std::make_shared<State>(clock)) {}
+
+// Blocks that never ran may own holds and objects that call back: they are dropped without the
+// lock.
+AsioDispatch::~AsioDispatch() {
+    std::vector<std::thread> threads;
+    {
+        const std::lock_guard lock(state_->mutex);
+        threads.swap(state_->threads);
+    }
+    state_->pool.stop();
+    for (std::thread& thread : threads)
+        thread.join();
+
+    std::deque<Block> main;
+    std::array<std::deque<Block>, kPriorities> global;
+    std::multimap<double, Block> timers;
+    const std::lock_guard lock(state_->mutex);
+    main.swap(state_->main);
+    global.swap(state_->global);
+    timers.swap(state_->timers);
+}
+
+void AsioDispatch::runMain() {
+    state_->runMain(false);
+}
+
+void AsioDispatch::runMainUntilIdle() {
+    state_->runMain(true);
+}
+
+void AsioDispatch::stop() {
+    const std::lock_guard lock(state_->mutex);
+    state_->stopRequested = true;
+    state_->settle();
+}
+
+foundation::Date AsioDispatch::now() const {
+    if (!state_->clock.isJumping()) {
+        const auto real = std::chrono::system_clock::now().time_since_epoch();
+        return {std::chrono::duration<double>(real).count() + state_->clock.seconds()};
+    }
+    const std::lock_guard lock(state_->mutex);
+    return {state_->jumpingNow};
+}
+
+void AsioDispatch::asyncMain(Block block) {
+    const std::lock_guard lock(state_->mutex);
+    state_->pushMain(std::move(block));
+}
+
+void AsioDispatch::asyncGlobal(platform::QueuePriority priority, Block block) {
+    State& state = *state_;
+    const std::lock_guard lock(state.mutex);
+    state.global[static_cast<std::size_t>(priority)].push_back(std::move(block));
+    ++state.unfinished;
+    ++state.unfinishedPool;
+    ::asio::post(state.pool, [&state] { state.runOneGlobal(); });
+    if (state.unfinishedPool > state.threads.size() && state.threads.size() < kMaxThreads) {
+        state.threads.emplace_back([&state] { state.pool.run(); });
+    }
+}
+
+void AsioDispatch::afterMain(double seconds, Block block) {
+    const std::lock_guard lock(state_->mutex);
+    if (!(seconds > 0)) return state_->pushMain(std::move(block));
+    const double moment = state_->timerNow() + std::min(seconds, kLongestDelay);
+    state_->timers.emplace(moment, std::move(block));
+    state_->settle();
+}
+
+std::unique_ptr<platform::Dispatch::Hold> AsioDispatch::hold() {
+    return std::make_unique<OpenHold>(state_);
+}
+
+}  // namespace tavrolin::adapters::asio
