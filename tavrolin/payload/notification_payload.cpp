@@ -1,10 +1,17 @@
 #include "tavrolin/payload/notification_payload.h"
 
+#include <string>
+
+#include "tavrolin/core/logger.h"
+#include "tavrolin/foundation/url.h"
 #include "tavrolin/payload/record_fields.h"
+#include "tavrolin/service_extension/push_file_utility.h"
 
 namespace tavrolin {
 
 using foundation::Declared;
+using foundation::URL;
+using foundation::Value;
 
 template <class Record, class Fields>
 void CVNAlert::describe(Record& self, Fields& fields) {
@@ -65,6 +72,33 @@ void CVNNotificationPayloadModel::describe(Record& self, Fields& fields) {
     // A dictionary declared as a text: deliberate; the store's reader doesn't look.
     fields.value(kPNCustomPayload, self.cvnCustomPayload, Declared::string);
     fields.record(kPNUi, self.cvnUi);
+}
+
+namespace {
+
+// True when the path led to something in the media folder and that is gone. Paths are absolute or
+// the text of a file URL.
+bool removeStoredFile(const Value& path) {
+    const std::string_view text = foundation::stringOrEmpty(path);
+    const std::optional<URL> url =
+        text.starts_with('/') ? URL::fileURLWithPath(text) : URL::withString(text);
+    return url && url->isFileURL() && CVNPushFileUtility::isInMediaFolder(url->path()) &&
+           CVNPushFileUtility::removeItemAtPath(url->absoluteString());
+}
+
+}  // namespace
+
+void CVNPayload::deleteStoredMedia() const {
+    constexpr std::string_view kOperation = "-[CVNPayload deleteStoredMedia]";
+    if (removeStoredFile(mediaURLPath)) {
+        log(LogLevel::debug, kOperation, "Removed saved file from media");
+    }
+    if (!carousel) return;
+    for (const auto& item : *carousel) {
+        if (item != nullptr && removeStoredFile(item->imgUrlPath)) {
+            log(LogLevel::debug, kOperation, "Removed saved file from carousel media");
+        }
+    }
 }
 
 template struct CVNRecord<CVNAlert>;
