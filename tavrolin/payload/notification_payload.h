@@ -44,6 +44,7 @@ struct CVNAttributionParameter : CVNRecord<CVNAttributionParameter> {
     foundation::Value attrIdentity;  // decoded
 
     /// Always empty.
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the parent's form is what is kept out here.
     foundation::Value toNSDictionary() const override { return CVNBase::toNSDictionary(); }
 
     template <class Record, class Fields>
