@@ -13,6 +13,7 @@
 #include <asio/steady_timer.hpp>
 #include <atomic>
 #include <chrono>
+#include <ctime>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -63,13 +64,16 @@ struct AsioDispatch::State {
     std::deque<Block> main;
     std::array<std::deque<Block>, kPriorities> global;
     std::multimap<double, Block> timers;  // by moment; equal moments keep the order of insertion
+    std::multimap<double, Block> deadlines;
     std::set<const OpenHold*> holds;
+    std::size_t pending = 0;
     std::size_t unfinished = 0;      // blocks that are queued or running
     std::size_t unfinishedPool = 0;  // those of the global queues
     bool isRunning = false;
     bool stopsWhenIdle = false;
     bool stopRequested = false;
     std::vector<std::thread> threads;
+    std::atomic<std::uint64_t> activity{0};
 
     ::asio::io_context mainContext{1};
     ::asio::io_context pool;
@@ -89,9 +93,27 @@ struct AsioDispatch::State {
     void settle();
     void settleReal();
     void settleJumping();
+    bool mayNeverEnd() const { return !holds.empty() || pending > 0; }
+    std::optional<double> nextMoment() const;
     void queueTimersUntil(double moment);
     void wakeAt(RealClock::time_point moment);
     RealClock::time_point silentFrom() const;
+};
+
+class AsioDispatch::OpenPending : public Pending {
+public:
+    explicit OpenPending(std::shared_ptr<State> state) : state_(std::move(state)) {
+        const std::lock_guard lock(state_->mutex);
+        ++state_->pending;
+    }
+    ~OpenPending() override {
+        const std::lock_guard lock(state_->mutex);
+        --state_->pending;
+        state_->settle();
+    }
+
+private:
+    std::shared_ptr<State> state_;
 };
 
 class AsioDispatch::OpenHold : public Hold {
@@ -109,6 +131,7 @@ public:
     // Called for every piece of a transfer: no lock.
     void progress() override {
         lastProgress_.store(RealClock::now().time_since_epoch(), std::memory_order_relaxed);
+        state_->activity.fetch_add(1, std::memory_order_relaxed);
     }
     RealClock::time_point silentFrom() const {
         return RealClock::time_point(lastProgress_.load(std::memory_order_relaxed)) + kSilence;
@@ -152,6 +175,7 @@ void AsioDispatch::State::runOneGlobal() {
 }
 
 void AsioDispatch::State::finished(Block& block, bool isGlobal) {
+    activity.fetch_add(1, std::memory_order_relaxed);
     block = nullptr;  // may end a hold, so it comes before the lock and before the count
     const std::lock_guard lock(mutex);
     --unfinished;
@@ -169,29 +193,42 @@ void AsioDispatch::State::settle() {
     } else {
         settleReal();
     }
-    const bool isIdle = unfinished == 0 && timers.empty() && holds.empty();
+    const bool isIdle = unfinished == 0 && timers.empty() && !mayNeverEnd();
     if (stopRequested || (isIdle && stopsWhenIdle)) mainContext.stop();
 }
 
 void AsioDispatch::State::settleReal() {
-    if (timers.empty()) return;
     queueTimersUntil(timerNow());
-    if (!timers.empty()) wakeAt(origin + duration(timers.begin()->first));
+    if (const auto moment = nextMoment()) wakeAt(origin + duration(*moment));
 }
 
 void AsioDispatch::State::settleJumping() {
-    if (unfinished > 0 || timers.empty()) return;
+    if (unfinished > 0 || (timers.empty() && !mayNeverEnd())) return;
+    const auto moment = nextMoment();
+    if (!moment) return;
     const RealClock::time_point silent = silentFrom();
     if (!holds.empty() && RealClock::now() < silent) return wakeAt(silent);
-    jumpingNow = timers.begin()->first;
+    jumpingNow = *moment;
     queueTimersUntil(jumpingNow);
 }
 
+std::optional<double> AsioDispatch::State::nextMoment() const {
+    std::optional<double> moment;
+    if (!timers.empty()) moment = timers.begin()->first;
+    if (!deadlines.empty() && (!moment || deadlines.begin()->first < *moment)) {
+        moment = deadlines.begin()->first;
+    }
+    return moment;
+}
+
+// At the same moment a deadline comes after the timers: work that is just in time is in time.
 void AsioDispatch::State::queueTimersUntil(double moment) {
-    const auto end = timers.upper_bound(moment);
-    for (auto it = timers.begin(); it != end; ++it)
-        pushMain(std::move(it->second));
-    timers.erase(timers.begin(), end);
+    for (auto* waiting : {&timers, &deadlines}) {
+        const auto end = waiting->upper_bound(moment);
+        for (auto it = waiting->begin(); it != end; ++it)
+            pushMain(std::move(it->second));
+        waiting->erase(waiting->begin(), end);
+    }
 }
 
 // Settles again at that moment, or at an earlier one that was asked for before.
@@ -249,10 +286,12 @@ AsioDispatch::~AsioDispatch() {
     std::deque<Block> main;
     std::array<std::deque<Block>, kPriorities> global;
     std::multimap<double, Block> timers;
+    std::multimap<double, Block> deadlines;
     const std::lock_guard lock(state_->mutex);
     main.swap(state_->main);
     global.swap(state_->global);
     timers.swap(state_->timers);
+    deadlines.swap(state_->deadlines);
 }
 
 void AsioDispatch::runMain() {
@@ -303,8 +342,29 @@ void AsioDispatch::afterMain(double seconds, Block block) {
     state_->settle();
 }
 
+void AsioDispatch::deadlineMain(double seconds, Block block) {
+    const std::lock_guard lock(state_->mutex);
+    const double moment = state_->timerNow() + std::clamp(seconds, 0.0, kLongestDelay);
+    state_->deadlines.emplace(moment, std::move(block));
+    state_->settle();
+}
+
 std::unique_ptr<platform::Dispatch::Hold> AsioDispatch::hold() {
     return std::make_unique<OpenHold>(state_);
+}
+
+std::unique_ptr<AsioDispatch::Pending> AsioDispatch::pending() {
+    return std::make_unique<OpenPending>(state_);
+}
+
+std::uint64_t AsioDispatch::activity() const {
+    return state_->activity.load(std::memory_order_relaxed);
+}
+
+std::int64_t AsioDispatch::secondsFromGMT(foundation::Date date) const {
+    const auto moment = static_cast<std::time_t>(date.secondsSince1970);
+    std::tm local{};
+    return localtime_r(&moment, &local) == nullptr ? 0 : local.tm_gmtoff;
 }
 
 }  // namespace tavrolin::adapters::asio

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "tavrolin/platform/dispatch.h"
@@ -45,7 +46,7 @@ public:
     /// Runs the main queue until `stop` is called.
     void runMain();
     /// The same, but also returns once no block is queued or running on any queue, no timer is
-    /// waiting and no hold is open.
+    /// waiting, no hold is open and no work is pending.
     void runMainUntilIdle();
     /// Ends the run after the block that runs now; without one, the next run ends at once.
     void stop();
@@ -55,10 +56,29 @@ public:
     void asyncGlobal(platform::QueuePriority priority, platform::Block block) override;
     void afterMain(double seconds, platform::Block block) override;
     std::unique_ptr<Hold> hold() override;
+    std::int64_t secondsFromGMT(foundation::Date date) const override;
+
+    /// As `afterMain`, but nothing waits for it: it neither keeps a run going nor draws a jumping
+    /// clock on. It fires when the clock gets there on another's account, or when nothing is left
+    /// but what may never end: silent transfers and `Pending` work.
+    void deadlineMain(double seconds, platform::Block block);
+
+    /// Work whose end the queues can't see, until its destruction: it keeps a run going and doesn't
+    /// hold the clock.
+    class Pending {
+    public:
+        virtual ~Pending() = default;
+    };
+    std::unique_ptr<Pending> pending();
+
+    /// Grows with every block that runs and every progress of a hold, so that a watcher can tell
+    /// slow from stuck.
+    std::uint64_t activity() const;
 
 private:
     struct State;
     class OpenHold;
+    class OpenPending;
 
     std::shared_ptr<State> state_;
 };

@@ -34,6 +34,11 @@ public:
         return factory();
     }
 
+    static bool isRegistered(std::string_view name) {
+        const std::lock_guard lock(mutex());
+        return classes().contains(name);
+    }
+
 private:
     static std::mutex& mutex() {
         static std::mutex instance;
