@@ -33,6 +33,8 @@ enum class Declared { string, number, dictionary, array, data, date, any };
 /// Writes a record as bytes: CBOR (RFC 8949). A record is tag 27 over [class name, {key: value}];
 /// texts, integers, floats, booleans, null, arrays, maps and byte strings are themselves; a date is
 /// tag 1 over a float of seconds since 1970. nil leaves its key out. A map's keys keep their order.
+/// Invalid UTF-8 in a text is replaced by U+FFFD. What goes deeper than 64 levels raises
+/// `Exception`, since no reader would take it back.
 class KeyedArchiver {
 public:
     /// With secure coding required, a record that doesn't support it raises `Exception`.
@@ -47,16 +49,28 @@ public:
         beginArray(key, records.size());
         for (const auto& record : records)
             element(record.get());
+        endArray();
     }
 
 private:
     explicit KeyedArchiver(bool secure) : secure_(secure) {}
     void beginArray(std::string_view key, std::size_t count);
     void element(const Archivable* record);
-    void writeKey(std::string_view key);
+    void endArray();
     void writeRecord(const Archivable& record);
+    void writeValue(const Value& value);
+    void writeText(std::string_view text);
+    void writeFloat(double number);
+    void writeHead(unsigned major, std::uint64_t argument);
+    void writeByte(std::uint8_t byte);
+    void enter();
+    std::uint8_t* room(std::size_t size);
+    std::vector<std::uint8_t> finish();
 
-    std::vector<std::uint8_t> bytes_;
+    std::vector<std::uint8_t> bytes_;  // the room; what is written is its first `size_` bytes
+    std::size_t size_ = 0;
+    std::uint64_t fields_ = 0;  // of the record that is being written, so far
+    int depth_ = 0;
     bool secure_;
 };
 
@@ -65,7 +79,7 @@ private:
 /// `Exception` (InvalidArchiveOperationException).
 ///
 /// The strict reader raises when a value is of another class than declared; the other one hands
-/// over what is there.
+/// over what is there. A record where a plain value is asked for raises in both.
 class KeyedUnarchiver {
 public:
     enum class Mode { strict, lenient };
@@ -87,46 +101,73 @@ public:
     /// Null when the key is missing or holds something else.
     template <class T>
     Ref<T> decodeRecord(std::string_view key) {
-        Cursor cursor = find(key);
-        return record<T>(cursor);
+        Field* field = find(key);
+        return field == nullptr ? nullptr : record<T>(field->value, field->end);
     }
+    /// The elements that are records of the class, in order.
     template <class T>
     std::vector<Ref<T>> decodeRecords(std::string_view key) {
         std::vector<Ref<T>> result;
-        Cursor cursor = find(key);
-        for (std::size_t left = enterArray(cursor); left > 0; --left) {
-            if (Ref<T> item = record<T>(cursor)) result.push_back(std::move(item));
+        Field* field = find(key);
+        if (field == nullptr) return result;
+        const std::uint8_t* at = field->value;
+        for (std::size_t left = enterArray(at); left > 0; --left) {
+            const std::uint8_t* end = nullptr;
+            if (Ref<T> item = record<T>(at, end)) result.push_back(std::move(item));
+            at = end != nullptr ? end : past(at);
         }
+        if (at != field->value) field->end = at;
         return result;
     }
-    bool contains(std::string_view key);
+    bool contains(std::string_view key) { return find(key) != nullptr; }
 
 private:
-    // A place in the bytes, and how deep it is.
-    struct Cursor {
-        const std::uint8_t* at = nullptr;
-        const std::uint8_t* end = nullptr;
-        int depth = 0;
+    // One field of the record that is being read. Where its value ends is found out by reading it,
+    // or else when the field behind it is wanted.
+    struct Field {
+        const char* key;
+        std::size_t keyLength;
+        const std::uint8_t* value;
+        const std::uint8_t* end;
+
+        bool is(std::string_view other) const { return std::string_view(key, keyLength) == other; }
     };
+    static constexpr std::size_t kFew = 32;
 
     KeyedUnarchiver(Value::Bytes bytes, Mode mode);
-    KeyedUnarchiver(Cursor map, Mode mode);
+    KeyedUnarchiver(const std::uint8_t* map, Mode mode) : mode_(mode) { enterMap(map); }
     bool rootIs(std::string_view className);
-    Cursor find(std::string_view key);
-    std::size_t enterArray(Cursor& cursor);
-    /// Moves past the item; when it is a record of the class, `map` becomes its fields.
-    bool takeRecord(Cursor& cursor, std::string_view className, Cursor& map);
+    void enterMap(const std::uint8_t* map);
+    Field* find(std::string_view key);
+    void takeNext();
+    static const std::uint8_t* endOf(Field& field);
+    /// Where the record ends.
+    const std::uint8_t* finish();
+    /// Moves to the first element; 0 when this is no array.
+    static std::size_t enterArray(const std::uint8_t*& at);
+    /// The place behind the item.
+    static const std::uint8_t* past(const std::uint8_t* at);
+    /// The map of a record of the class; null when this is something else.
+    static const std::uint8_t* mapOf(const std::uint8_t* at, std::string_view className);
+    /// Sets `end` when a record was read.
     template <class T>
-    Ref<T> record(Cursor& cursor) {
-        Cursor map;
-        if (!takeRecord(cursor, T::kClassName, map)) return nullptr;
+    Ref<T> record(const std::uint8_t* at, const std::uint8_t*& end) {
+        const std::uint8_t* map = mapOf(at, T::kClassName);
+        if (map == nullptr) return nullptr;
         KeyedUnarchiver reader(map, mode_);
-        return T::initWithCoder(reader);
+        Ref<T> result = T::initWithCoder(reader);
+        end = reader.finish();
+        return result;
     }
 
-    Cursor map_;   // the fields of the record that is being read
-    Cursor next_;  // where the field after the last one found lies: fields mostly come in order
-    std::size_t left_ = 0;
+    const std::uint8_t* root_ = nullptr;
+    const std::uint8_t* first_ = nullptr;  // the first field's key
+    std::size_t count_ = 0;                // of the fields
+    std::size_t known_ = 0;                // how many of them have been met
+    std::size_t next_ = 0;  // the one after the last one found: fields mostly come in order
+    Field* fields_ = nullptr;
+    std::unique_ptr<Field[]> many_;
+    Field few_[kFew];  // left as it is: only the known ones are read
     Mode mode_;
 };
 

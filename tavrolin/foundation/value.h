@@ -111,6 +111,8 @@ public:
     // -
     void append(Value item);
     void set(std::string_view key, Value value);
+    void set(const std::string& key, Value value) { set(std::string_view(key), std::move(value)); }
+    void set(const char* key, Value value) { set(std::string_view(key), std::move(value)); }
     void set(const Value& key, Value value);  // the same without copying a long key
     /// Does nothing for nil; otherwise as `set`.
     void setIfPresent(const Value& key, Value value) {
