@@ -145,25 +145,11 @@ void Value::setBlock(Kind kind, Block* block, unsigned low) noexcept {
     setTag(kind, low);
 }
 
-bool Value::hasBlock() const noexcept {
-    switch (kind()) {
-        case Kind::string:
-            return (tag() & 15U) == kSharedText;
-        case Kind::data:
-        case Kind::array:
-        case Kind::dictionary:
-            return true;
-        default:
-            return false;
-    }
-}
-
 void Value::retain() const noexcept {
-    if (hasBlock()) block()->holders.fetch_add(1, std::memory_order_relaxed);
+    block()->holders.fetch_add(1, std::memory_order_relaxed);
 }
 
 void Value::release() noexcept {
-    if (!hasBlock()) return;
     Block* held = block();
     if (held->holders.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     switch (kind()) {
@@ -176,32 +162,6 @@ void Value::release() noexcept {
         default:
             std::free(held);
     }
-}
-
-Value::Value(const Value& other) noexcept {
-    other.retain();
-    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-}
-
-Value::Value(Value&& other) noexcept {
-    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-    std::memset(other.bytes_, 0, sizeof bytes_);
-}
-
-Value& Value::operator=(const Value& other) noexcept {
-    other.retain();
-    release();
-    std::memmove(bytes_, other.bytes_, sizeof bytes_);
-    return *this;
-}
-
-Value& Value::operator=(Value&& other) noexcept {
-    std::swap(bytes_, other.bytes_);
-    return *this;
-}
-
-Value::~Value() {
-    release();
 }
 
 Value::Value(std::string_view text) {

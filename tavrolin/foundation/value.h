@@ -44,11 +44,26 @@ public:
 
     // --- Making ---------------------------------------------------------------------------------
     constexpr Value() noexcept = default;  // nil
-    Value(const Value& other) noexcept;
-    Value(Value&& other) noexcept;
-    Value& operator=(const Value& other) noexcept;
-    Value& operator=(Value&& other) noexcept;
-    ~Value();
+    Value(const Value& other) noexcept {
+        if (other.hasBlock()) other.retain();
+        std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+    }
+    Value(Value&& other) noexcept {
+        std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+        std::memset(other.bytes_, 0, sizeof bytes_);
+    }
+    Value& operator=(const Value& other) noexcept {
+        Value copy(other);
+        std::swap(bytes_, copy.bytes_);
+        return *this;
+    }
+    Value& operator=(Value&& other) noexcept {
+        std::swap(bytes_, other.bytes_);
+        return *this;
+    }
+    ~Value() {
+        if (hasBlock()) release();
+    }
 
     template <class T>
     requires std::is_arithmetic_v<T> Value(T number)
@@ -151,9 +166,14 @@ private:
     double realScalar() const noexcept;
     Block* block() const noexcept;
     void setBlock(Kind kind, Block* block, unsigned low = 0) noexcept;
-    bool hasBlock() const noexcept;
-    void retain() const noexcept;
-    void release() noexcept;
+    // Asked whenever a Value is copied or dies, hence two comparisons of the tag: everything from a
+    // shared text upwards has a block, but for a date.
+    bool hasBlock() const noexcept {
+        static_assert(static_cast<int>(Kind::string) == 5 && static_cast<int>(Kind::date) == 7);
+        return tag() >= 0x5F && tag() >> 4U != 7;
+    }
+    void retain() const noexcept;  // of the block
+    void release() noexcept;       // of the block
     ArrayBlock& mutableArray();
     DictionaryBlock& mutableDictionary();
     [[noreturn]] void refuse(std::string_view what) const;
