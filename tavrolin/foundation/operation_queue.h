@@ -52,8 +52,11 @@ public:
     using Executor = std::function<void(std::function<void()>)>;
 
     explicit OperationQueue(Executor executor);
+    /// Lets go of the operations; those that were started go on.
     ~OperationQueue();
 
+    /// Starts the operation as soon as it is ready, also when it was cancelled. Raises `Exception`
+    /// for null and for an operation that has been started or is in the queue already.
     void addOperation(std::shared_ptr<Operation> operation);
     /// Those that are not finished yet, in the order in which they were added.
     std::vector<std::shared_ptr<Operation>> operations() const;
