@@ -1,0 +1,23 @@
+#pragma once
+
+#include "tavrolin/platform/image_decoder.h"
+
+namespace tavrolin::adapters::images {
+
+/// GIF, JPEG, PNG and still WebP.
+///
+/// Files are taken as hostile: no picture of more than 100 megapixels, no more than the first 4,096
+/// frames, and no memory for a picture that the file's bytes can't fill. Files are read as they are
+/// decoded, never as a whole (a WebP excepted).
+///
+/// A file that was cut short keeps what is there: a GIF its whole frames, a still picture and a
+/// GIF's first frame the rows that came. Later frames of a GIF that are damaged are null.
+class ImageDecoder : public platform::ImageDecoder {
+public:
+    std::unique_ptr<platform::ImageSource> sourceWithData(foundation::Value::Bytes bytes) override;
+    std::unique_ptr<platform::ImageSource> sourceWithFile(std::string_view path) override;
+    /// Decodes the header and the first rows.
+    bool decodes(std::string_view path) override;
+};
+
+}  // namespace tavrolin::adapters::images

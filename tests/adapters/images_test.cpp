@@ -1,0 +1,287 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "adapters/images/image_decoder.h"
+#include "tests/support/pictures.h"
+
+namespace tavrolin::adapters::images {
+namespace {
+
+using platform::ImageRef;
+using platform::ImageSource;
+using test::gif;
+using test::GIFFrame;
+using test::plainFrame;
+
+std::unique_ptr<ImageSource> opened(const std::string& file) {
+    return ImageDecoder().sourceWithData(
+        {reinterpret_cast<const std::uint8_t*>(file.data()), file.size()});
+}
+
+// Each frame in letters; "-" for one that can't be decoded.
+std::vector<std::string> framesOf(ImageSource& source) {
+    std::vector<std::string> frames;
+    for (std::size_t i = 0; i < source.count(); ++i) {
+        const ImageRef image = source.imageAtIndex(i);
+        frames.push_back(image ? test::letters(image->pixels) : "-");
+    }
+    return frames;
+}
+
+// --- GIF ----------------------------------------------------------------------------------------
+
+TEST(GIFFrames, BuildUpOnTheCanvasAndAreTakenAwayAsTheyAsk) {
+    struct Case {
+        const char* what;
+        unsigned disposal;  // of the second frame
+        std::vector<std::string> frames;
+    };
+    // Red all over; then a green and a transparent pixel at the right; then one blue pixel.
+    const Case cases[] = {
+        {"unspecified", 0, {"rrrr", "rgrr", "bgrr"}},
+        {"left in place", 1, {"rrrr", "rgrr", "bgrr"}},
+        {"cleared", 2, {"rrrr", "rgrr", "b.r."}},
+        {"what was there before", 3, {"rrrr", "rgrr", "brrr"}},
+    };
+    for (const Case& c : cases) {
+        const auto source = opened(gif(2, 2,
+                                       {plainFrame(2, 2, 'r', 10),
+                                        {"g.", 1, 0, 1, 2, 10, c.disposal},
+                                        {"b", 0, 0, 1, 1, 10}}));
+        ASSERT_NE(source, nullptr);
+        EXPECT_EQ(framesOf(*source), c.frames) << c.what;
+    }
+}
+
+TEST(GIFFrames, KeepToTheCanvas) {
+    const auto source = opened(gif(2, 2,
+                                   {plainFrame(2, 2, 'k', 1),
+                                    {"rgbwrgbwr", 1, 1, 3, 3, 1, 3},
+                                    {"gggg", 5, 7, 2, 2, 1, 2},
+                                    {"w", 0, 0, 1, 1, 1}}));
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(framesOf(*source), (std::vector<std::string>{"kkkk", "kkkr", "kkkk", "wkkk"}));
+}
+
+TEST(GIFFrames, InterlacedRowsComeInTheirPlaces) {
+    for (const unsigned height : {1U, 2U, 3U, 5U, 8U, 11U, 20U}) {
+        std::string rows;
+        for (unsigned y = 0; y < height; ++y)
+            rows += "rgbwk"[y % 5];
+        GIFFrame frame = {rows, 0, 0, 1, height};
+        frame.interlaced = true;
+        const auto source = opened(gif(1, height, {frame}));
+        ASSERT_NE(source, nullptr);
+        EXPECT_EQ(framesOf(*source), std::vector<std::string>{rows}) << height;
+    }
+}
+
+TEST(GIFFrames, CanBeAskedForInAnyOrder) {
+    const auto source = opened(
+        gif(1, 1, {plainFrame(1, 1, 'r', 1), plainFrame(1, 1, 'g', 1), plainFrame(1, 1, 'b', 1)}));
+    std::string seen;
+    for (const std::size_t index : {2U, 0U, 1U, 1U, 2U, 0U})
+        seen += test::letters(source->imageAtIndex(index)->pixels);
+    EXPECT_EQ(seen, "brggbr");
+    EXPECT_EQ(source->imageAtIndex(3), nullptr);
+}
+
+TEST(GIFTiming, IsWhatTheFileSaysAndWhatPlayersMakeOfIt) {
+    struct Case {
+        std::optional<unsigned> hundredths;
+        std::optional<double> unclamped;
+        std::optional<double> clamped;
+    };
+    const Case cases[] = {{0, 0.0, 0.1},  {1, 0.01, 0.1},          {2, 0.02, 0.02},
+                          {10, 0.1, 0.1}, {65535, 655.35, 655.35}, {{}, {}, {}}};
+    for (const Case& c : cases) {
+        const auto source = opened(gif(1, 1, {plainFrame(1, 1, 'r', c.hundredths)}));
+        const auto timing = source->gifTimingAtIndex(0);
+        ASSERT_TRUE(timing);
+        EXPECT_EQ(timing->unclampedDelayTime, c.unclamped);
+        EXPECT_EQ(timing->delayTime, c.clamped);
+        EXPECT_FALSE(source->gifTimingAtIndex(1));
+    }
+}
+
+TEST(GIFFrames, OfATruncatedFileAreKeptFromTheFirstOn) {
+    const std::vector<std::string> whole = {"rrrrrrrrr", "ggggggggg", "bbbbbbbbb"};
+    const std::string file =
+        gif(3, 3, {plainFrame(3, 3, 'r', 1), plainFrame(3, 3, 'g', 1), plainFrame(3, 3, 'b', 1)});
+    std::size_t most = 0;
+    for (std::size_t length = 0; length < file.size(); ++length) {
+        const auto source = opened(file.substr(0, length));
+        if (!source) {
+            EXPECT_EQ(most, 0U) << length;
+            continue;
+        }
+        ASSERT_GE(source->count(), most) << length;
+        most = source->count();
+        for (std::size_t i = 1; i < most; ++i)
+            EXPECT_EQ(framesOf(*source)[i], whole[i]) << length;
+    }
+    EXPECT_EQ(most, 3U);
+    // Rows of the first frame that came are shown.
+    const std::string tall = gif(1, 1000, {plainFrame(1, 1000, 'r', 1)});
+    const auto part = opened(tall.substr(0, tall.size() / 2));
+    ASSERT_NE(part, nullptr);
+    const std::string rows = framesOf(*part)[0];
+    EXPECT_THAT(rows, testing::StartsWith("rrrr"));
+    EXPECT_THAT(rows, testing::EndsWith("...."));
+}
+
+TEST(GIFFrames, EndAtTheLimit) {
+    const std::vector<GIFFrame> frames(5000, plainFrame(1, 1, 'r', 1));
+    const auto source = opened(gif(1, 1, frames));
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(source->count(), 4096U);
+    EXPECT_NE(source->imageAtIndex(4095), nullptr);
+}
+
+// --- Still pictures -----------------------------------------------------------------------------
+
+struct Still {
+    const char* what;
+    std::string file;
+    bool hasAlpha;
+};
+
+std::vector<Still> stills(unsigned width, unsigned height, std::size_t bytes = 0) {
+    return {{"jpeg", test::jpeg(width, height, {bytes, false}), false},
+            {"progressive jpeg", test::jpeg(width, height, {bytes, true}), false},
+            {"png", test::png(width, height, {bytes, false}), true},
+            {"interlaced png", test::png(width, height, {bytes, true}), true},
+            {"webp", test::webp(width, height, {bytes, false}), true},
+            {"lossless webp", test::webp(width, height, {bytes, true}), true}};
+}
+
+TEST(StillPictures, DecodeToTheirColours) {
+    for (const Still& still : stills(64, 48)) {
+        const auto source = opened(still.file);
+        ASSERT_NE(source, nullptr) << still.what;
+        EXPECT_EQ(source->count(), 1U);
+        EXPECT_FALSE(source->gifTimingAtIndex(0));
+        EXPECT_EQ(source->imageAtIndex(1), nullptr);
+        const ImageRef image = source->imageAtIndex(0);
+        ASSERT_NE(image, nullptr) << still.what;
+        ASSERT_EQ(image->width, 64U);
+        ASSERT_EQ(image->height, 48U);
+        ASSERT_EQ(image->pixels.size(), 64U * 48U * 4U);
+        for (unsigned y = 2; y < 48; y += 11) {
+            for (const unsigned x : {2U, 20U, 45U, 61U}) {
+                const std::uint8_t* pixel = image->pixels.data() + (y * 64 + x) * 4;
+                EXPECT_NEAR(pixel[0], x * 255 / 63, 8) << still.what;
+                EXPECT_NEAR(pixel[1], y * 255 / 47, 8) << still.what;
+                EXPECT_NEAR(pixel[2], 128, 8) << still.what;
+                EXPECT_EQ(pixel[3], still.hasAlpha && x < 32 ? 128 : 255) << still.what;
+            }
+        }
+    }
+}
+
+TEST(StillPictures, CutShortKeepTheirFirstRows) {
+    for (const Still& still : stills(200, 200, 40'000)) {
+        const auto source = opened(still.file.substr(0, still.file.size() * 9 / 10));
+        ASSERT_NE(source, nullptr) << still.what;
+        const ImageRef image = source->imageAtIndex(0);
+        ASSERT_NE(image, nullptr) << still.what;
+        // On the left red is dark, on the right it is bright, whatever the noise.
+        const std::uint8_t* row = image->pixels.data() + std::size_t{2} * 200 * 4;
+        int difference = 0;
+        for (int i = 0; i < 50; ++i)
+            difference += row[(150 + i) * 4] - row[i * 4];
+        EXPECT_GT(difference, 50 * 50) << still.what;
+    }
+}
+
+// --- Hostile files ------------------------------------------------------------------------------
+
+TEST(HostilePictures, OfMorePixelsThanTheirBytesCanHoldAreRefused) {
+    std::string canvas = gif(1, 1, {plainFrame(1, 1, 'r', 1)});
+    canvas.replace(6, 4, "\xFF\x7F\xFF\x0B");  // 32767 by 3071
+    std::string jpeg = test::jpeg(8, 8);
+    jpeg.replace(jpeg.find("\xFF\xC0") + 5, 4, "\x25\x25\x25\x25");  // 9509 by 9509
+    std::string png = test::png(8, 8);
+    png.replace(16, 8, std::string("\0\0\x27\0\0\0\x27\0", 8));  // 9984 by 9984, its sum now wrong
+    for (const std::string& file : {canvas, jpeg, png}) {
+        const auto source = opened(file);
+        EXPECT_TRUE(source == nullptr || source->imageAtIndex(0) == nullptr);
+    }
+}
+
+TEST(HostilePictures, DamagedAnywhereAreSurvived) {
+    std::vector<Still> files = stills(24, 20);
+    files.push_back(
+        {"gif",
+         gif(6, 6,
+             {plainFrame(6, 6, 'r', 5), {"gggg", 2, 2, 2, 2, 5, 3}, {"bbbb", 1, 1, 2, 2, 5, 2}}),
+         true});
+    for (const Still& original : files) {
+        for (std::size_t i = 0; i < original.file.size(); ++i) {
+            for (const char value : {'\0', '\x7F', '\xFF'}) {
+                std::string file = original.file;
+                file[i] = value;
+                const auto source = opened(file);
+                for (std::size_t frame = 0; source && frame < source->count(); ++frame) {
+                    const ImageRef image = source->imageAtIndex(frame);
+                    ASSERT_TRUE(!image || image->pixels.size() ==
+                                              std::size_t{image->width} * image->height * 4)
+                        << original.what << ", byte " << i;
+                }
+            }
+        }
+    }
+}
+
+// --- Probing files ------------------------------------------------------------------------------
+
+class DecodesTest : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = std::filesystem::temp_directory_path() / "imagesXXXXXX";
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        folder_ = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    bool decodes(const std::string& file) {
+        const std::filesystem::path path = folder_ / "picture.jpg";
+        std::ofstream(path, std::ios::binary) << file;
+        return ImageDecoder().decodes(path.string());
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(DecodesTest, BelievesBytesNotNames) {
+    for (const Still& still : stills(300, 200)) {
+        EXPECT_TRUE(decodes(still.file)) << still.what;
+        EXPECT_FALSE(decodes(still.file.substr(0, 20))) << still.what;
+        EXPECT_FALSE(decodes(still.file.substr(0, 40))) << still.what;
+    }
+    EXPECT_TRUE(decodes(test::jpeg(3, 2)));
+    EXPECT_TRUE(decodes(test::jpeg(40, 2000, {0, true})));
+    const std::string animation = gif(3, 30, {plainFrame(3, 30, 'r', 1)});
+    EXPECT_TRUE(decodes(animation));
+    EXPECT_FALSE(decodes(animation.substr(0, 30)));
+    EXPECT_FALSE(decodes(""));
+    EXPECT_FALSE(decodes("<html><body>Not found</body></html>"));
+    EXPECT_FALSE(decodes("\xFF\xD8\xFF\xE0 and no more than that"));
+}
+
+TEST_F(DecodesTest, TakesRegularFilesOnly) {
+    ASSERT_EQ(::mkfifo((folder_ / "pipe.jpg").c_str(), 0600), 0);
+    EXPECT_FALSE(ImageDecoder().decodes((folder_ / "pipe.jpg").string()));
+    EXPECT_FALSE(ImageDecoder().decodes(folder_.string()));
+    EXPECT_FALSE(ImageDecoder().decodes((folder_ / "missing.jpg").string()));
+    EXPECT_EQ(ImageDecoder().sourceWithFile((folder_ / "missing.gif").string()), nullptr);
+}
+
+}  // namespace
+}  // namespace tavrolin::adapters::images
