@@ -46,7 +46,9 @@ public:
 private:
     friend class ManagedObjectContext;
     std::size_t indexOf(std::string_view key) const;
+    void markChanged();
     void archiveObjects();
+    void refresh(Record record);
 
     std::weak_ptr<ManagedObjectContext> context_;
     const EntityDescription& entity_;
@@ -72,7 +74,8 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
 public:
     ~ManagedObjectContext();
 
-    /// Runs the block at once, with the context locked.
+    /// Runs the block at once, with the context locked. What other contexts saved in the meantime
+    /// is merged first, where this one merges.
     void performAndWait(const std::function<void()>& block);
     /// The same inside one transaction of the store that no other writer comes between, so that
     /// what the block looked up still holds when it saves. A save in it commits; without one, or
@@ -83,6 +86,7 @@ public:
     const EntityDescription* entityNamed(std::string_view name) const;
 
     /// Raise `foundation::Exception` for names that the model doesn't have.
+    /// Objects that wait for a save count as they are now.
     foundation::Expected<std::vector<ManagedObjectRef>> fetch(const FetchRequest& request);
     foundation::Expected<std::vector<foundation::Value>> fetchDictionaries(
         const FetchRequest& request);
@@ -108,9 +112,17 @@ public:
     void setAutomaticallyMergesChangesFromParent(bool merges);
 
 private:
+    friend class ManagedObject;
     friend class PersistentContainer;
     struct State;
     explicit ManagedObjectContext(std::unique_ptr<State> state);
+    const EntityDescription& existingEntity(std::string_view name) const;
+    ManagedObjectRef makeObject(const EntityDescription& entity, Record record, bool isInserted);
+    ManagedObjectRef objectFor(const EntityDescription& entity, Record record);
+    void applyPending(const EntityDescription& entity, const FetchRequest& request,
+                      std::vector<ManagedObjectRef>& result) const;
+    foundation::Expected<std::int64_t> executeBatch(
+        const std::function<foundation::Expected<std::int64_t>(RecordStore&)>& batch);
     std::unique_ptr<State> state_;
 };
 

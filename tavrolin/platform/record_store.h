@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tavrolin/foundation/expected.h"
@@ -13,6 +14,11 @@
 #include "tavrolin/foundation/value.h"
 
 namespace tavrolin::platform {
+
+class ManagedObject;
+class ManagedObjectContext;
+struct EntityDescription;
+struct Record;
 
 /// The attribute types, numbered as the platform numbers them where a request names one.
 enum class AttributeType {
@@ -33,9 +39,15 @@ struct AttributeDescription {
     std::string transformerName;  // of a transformable attribute
 };
 
+/// Makes the object of an entity's own class for a record; see `ManagedObject`'s constructor.
+using ManagedObjectFactory = std::shared_ptr<ManagedObject> (*)(
+    std::shared_ptr<ManagedObjectContext> context, const EntityDescription& entity, Record record,
+    bool isInserted);
+
 struct EntityDescription {
     std::string name;
     std::vector<AttributeDescription> attributes;
+    ManagedObjectFactory makeObject = nullptr;  // null: a plain ManagedObject
 
     /// The position of the attribute; nothing when there is none of this name.
     std::optional<std::size_t> indexOf(std::string_view attribute) const;
@@ -87,6 +99,23 @@ struct FetchRequest {
     std::vector<std::string> propertiesToGroupBy;
 };
 
+/// What a store's errors say, in the domain `kStoreErrorDomain`.
+enum class StoreErrorCode : std::int64_t {
+    missing = 1,     // there is no such store, and it may not be made
+    unreadable = 2,  // the file can't be read, or is damaged, or no store at all
+    foreign = 3,     // a store, but somebody else's
+    readOnly = 4,    // opened for reading only, or the system allows no more
+    busy = 5,        // another writer did not end in time
+    full = 6,        // no room
+    other = 7,
+    mergeConflict = 133020
+};
+
+inline constexpr std::string_view kStoreErrorDomain = "StoreErrorDomain";
+
+foundation::Error storeError(StoreErrorCode code, std::string description,
+                             std::string failureReason = {});
+
 /// One connection to a store. What it reads is what was committed, and its own writes.
 ///
 /// A request that names an attribute or an entity that the model doesn't have raises
@@ -117,18 +146,17 @@ public:
     // Writes need an open transaction.
     virtual foundation::Expected<RecordID> insert(const EntityDescription& entity,
                                                   const std::vector<foundation::Value>& values) = 0;
-    /// Writes all values and adds one to the version. With an expected version, fails with code
-    /// `kMergeConflict` when the stored one differs or the record is gone; without one the values
-    /// replace whatever is stored.
-    virtual foundation::Failure update(const EntityDescription& entity, const Record& record,
-                                       std::optional<std::int64_t> expectedVersion) = 0;
+    /// Writes all values, adds one to the stored version and gives it back. With an expected
+    /// version, fails with `mergeConflict` when the stored one differs or the record is gone;
+    /// without one the values replace whatever is stored, and a record that is gone comes back.
+    virtual foundation::Expected<std::int64_t> update(
+        const EntityDescription& entity, const Record& record,
+        std::optional<std::int64_t> expectedVersion) = 0;
     virtual foundation::Failure remove(const EntityDescription& entity, RecordID id) = 0;
     /// How many records were deleted, or changed.
     virtual foundation::Expected<std::int64_t> removeMatching(const FetchRequest& request) = 0;
     virtual foundation::Expected<std::int64_t> updateMatching(
         const FetchRequest& request, const foundation::Value& properties) = 0;
-
-    static constexpr std::int64_t kMergeConflict = 133020;
 };
 
 /// Opens connections. The model must outlive them.
@@ -142,5 +170,23 @@ public:
     virtual foundation::Expected<std::unique_ptr<RecordStore>> open(
         const ManagedObjectModel& model, const StoreDescription& description) = 0;
 };
+
+// --- For those who implement a store -------------------------------------------------------------
+
+/// The entity of a request. Raises `foundation::Exception` when the model doesn't have it, or when
+/// the request names an attribute that the entity doesn't have, orders an attribute against a value
+/// of another kind, or asks for a function other than "max:".
+const EntityDescription& checkedEntity(const ManagedObjectModel& model,
+                                       const FetchRequest& request);
+/// The value as the attribute holds it (nil, or of the attribute's kind; a number becomes a boolean
+/// or a real where that is the type). Raises `foundation::Exception` for another kind.
+foundation::Value checkedValue(const EntityDescription& entity,
+                               const AttributeDescription& attribute, foundation::Value value);
+/// The properties of a batch update, by attribute position; null means absent. Raises
+/// `foundation::Exception` as the two above do.
+std::vector<std::pair<std::size_t, foundation::Value>> checkedChanges(
+    const EntityDescription& entity, const foundation::Value& properties);
+/// The kind that values of this type have.
+foundation::Value::Kind kindOf(AttributeType type);
 
 }  // namespace tavrolin::platform
