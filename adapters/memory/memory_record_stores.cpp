@@ -15,7 +15,6 @@ namespace tavrolin::adapters::memory {
 using foundation::Expected;
 using foundation::Failure;
 using foundation::Value;
-using platform::AttributeDescription;
 using platform::EntityDescription;
 using platform::FetchRequest;
 using platform::ManagedObjectModel;
@@ -186,6 +185,7 @@ Expected<std::vector<Value>> MemoryRecordStore::fetchDictionaries(const FetchReq
             });
         for (const Row& row : rows) {
             std::vector<Value> key;
+            key.reserve(request.propertiesToGroupBy.size());
             for (const std::string& property : request.propertiesToGroupBy) {
                 key.push_back(valueAt(*row, *entity.indexOf(property)));
             }
@@ -310,7 +310,7 @@ Expected<std::int64_t> MemoryRecordStore::updateMatching(const FetchRequest& req
         changed.values.resize(entity.attributes.size());
         for (const auto& [index, value] : changes)
             changed.values[index] = value;
-        table.records[changed.id] = std::make_shared<Record>(std::move(changed));
+        table.records[row->id] = std::make_shared<Record>(std::move(changed));
     }
     return static_cast<std::int64_t>(rows.size());
 }

@@ -356,7 +356,7 @@ private:
     }
 
     void newLine(int depth) {
-        if (isPretty_) out_.append("\n").append(static_cast<std::size_t>(2 * depth), ' ');
+        if (isPretty_) out_.append("\n").append(2 * static_cast<std::size_t>(depth), ' ');
     }
 
     bool real(double number) {
