@@ -119,7 +119,12 @@ public:
         if (at != field->value) field->end = at;
         return result;
     }
-    bool contains(std::string_view key) { return find(key) != nullptr; }
+    bool contains(std::string_view key) {
+        const Field* field = find(key);
+        if (field == nullptr) return false;
+        next_ = static_cast<std::size_t>(field - fields_);  // whoever asks mostly reads it next
+        return true;
+    }
 
 private:
     // One field of the record that is being read. Where its value ends is found out by reading it,
