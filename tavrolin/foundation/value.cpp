@@ -1,7 +1,7 @@
 #include "tavrolin/foundation/value.h"
 
+#include <algorithm>
 #include <array>
-#include <atomic>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -16,12 +16,6 @@
 namespace tavrolin::foundation {
 
 // --- Blocks -----------------------------------------------------------------------------------
-
-struct Value::Block {
-    std::atomic<std::uint32_t> holders{1};
-
-    bool shared() const noexcept { return holders.load(std::memory_order_acquire) != 1; }
-};
 
 // A text or data: the bytes follow the header.
 struct Value::BytesBlock : Block {
@@ -44,18 +38,52 @@ struct Value::ArrayBlock : Block {
     std::vector<Value> items;
 };
 
+// The entries follow the header: one piece of memory for a dictionary.
 struct Value::DictionaryBlock : Block {
-    std::vector<Entry> entries;
+    std::uint32_t size = 0;
+    std::uint32_t capacity = 0;
     // Above `kIndexFrom` entries: positions + 1 by hash, open addressing, a power of two in size.
     std::vector<std::uint32_t> index;
 
     static constexpr std::size_t kIndexFrom = 24;
-    static constexpr std::size_t kAbsent = std::numeric_limits<std::size_t>::max();
+
+    Entry* first() noexcept { return reinterpret_cast<Entry*>(this + 1); }
+    const Entry* first() const noexcept { return reinterpret_cast<const Entry*>(this + 1); }
+    std::span<const Entry> entries() const noexcept { return {first(), size}; }
+
+    static DictionaryBlock* make(std::size_t capacity) {
+        if (capacity > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+        void* memory = std::malloc(sizeof(DictionaryBlock) + capacity * sizeof(Entry));
+        if (memory == nullptr) throw std::bad_alloc();
+        auto* block = new (memory) DictionaryBlock;
+        block->capacity = static_cast<std::uint32_t>(capacity);
+        return block;
+    }
+
+    // A copy, or with `own` the block itself, in room for more. The index stays behind.
+    static DictionaryBlock* withRoom(DictionaryBlock* block, std::size_t capacity, bool own) {
+        DictionaryBlock* larger = make(capacity);
+        if (own) {
+            std::uninitialized_move_n(block->first(), block->size, larger->first());
+        } else {
+            std::uninitialized_copy_n(block->first(), block->size, larger->first());
+        }
+        larger->size = block->size;
+        larger->index = own ? std::move(block->index) : block->index;
+        if (own) destroy(block);
+        return larger;
+    }
+
+    static void destroy(DictionaryBlock* block) noexcept {
+        std::destroy_n(block->first(), block->size);
+        block->~DictionaryBlock();
+        std::free(block);
+    }
 
     std::size_t slotOf(std::string_view key) const noexcept {
         const std::size_t mask = index.size() - 1;
         std::size_t slot = std::hash<std::string_view>()(key) & mask;
-        while (index[slot] != 0 && entries[index[slot] - 1].key.string() != key) {
+        while (index[slot] != 0 && first()[index[slot] - 1].key.string() != key) {
             slot = (slot + 1) & mask;
         }
         return slot;
@@ -63,39 +91,40 @@ struct Value::DictionaryBlock : Block {
 
     void rebuildIndex() {
         index.clear();
-        if (entries.size() <= kIndexFrom) return;
-        index.resize(std::bit_ceil(entries.size() * 4));
-        for (std::size_t i = 0; i < entries.size(); ++i) {
-            index[slotOf(entries[i].key.string())] = static_cast<std::uint32_t>(i + 1);
-        }
+        if (size <= kIndexFrom) return;
+        index.resize(std::bit_ceil(std::size_t{size} * 4));
+        for (std::uint32_t i = 0; i < size; ++i)
+            index[slotOf(first()[i].key.string())] = i + 1;
     }
 
-    std::size_t find(std::string_view key) const noexcept {
+    // Null when the key is absent.
+    Entry* find(std::string_view key) noexcept {
         if (!index.empty()) {
             const std::uint32_t position = index[slotOf(key)];
-            return position == 0 ? kAbsent : position - 1;
+            return position == 0 ? nullptr : first() + (position - 1);
         }
-        if (key.size() <= kInlineText) {
-            const Value probe(key);
-            for (std::size_t i = 0; i < entries.size(); ++i) {
-                if (std::memcmp(entries[i].key.bytes_, probe.bytes_, sizeof probe.bytes_) == 0) {
-                    return i;
-                }
-            }
-            return kAbsent;
+        for (Entry& entry : std::span(first(), size)) {
+            if (entry.key.string() == key) return &entry;
         }
-        for (std::size_t i = 0; i < entries.size(); ++i) {
-            if (entries[i].key.string() == key) return i;
+        return nullptr;
+    }
+    // The same for a key that lies inside its Value: such are equal when their 16 bytes are.
+    Entry* findShort(const Value& key) noexcept {
+        if (!index.empty()) return find(key.string());
+        for (Entry& entry : std::span(first(), size)) {
+            if (std::memcmp(entry.key.bytes_, key.bytes_, sizeof key.bytes_) == 0) return &entry;
         }
-        return kAbsent;
+        return nullptr;
     }
 
-    void add(const Value& key, Value value) {
-        entries.push_back({key, std::move(value)});
-        if (index.empty() ? entries.size() > kIndexFrom : entries.size() * 2 > index.size()) {
+    // There must be room.
+    void add(Value key, Value value) {
+        new (first() + size) Entry{std::move(key), std::move(value)};
+        ++size;
+        if (index.empty() ? size > kIndexFrom : std::size_t{size} * 2 > index.size()) {
             rebuildIndex();
         } else if (!index.empty()) {
-            index[slotOf(key.string())] = static_cast<std::uint32_t>(entries.size());
+            index[slotOf(first()[size - 1].key.string())] = size;
         }
     }
 };
@@ -136,42 +165,27 @@ double Value::realScalar() const noexcept {
     return load<double>(bytes_);
 }
 
-Value::Block* Value::block() const noexcept {
-    return load<Block*>(bytes_);
-}
-
 void Value::setBlock(Kind kind, Block* block, unsigned low) noexcept {
     std::memcpy(bytes_, &block, sizeof block);
     setTag(kind, low);
 }
 
-void Value::retain() const noexcept {
-    block()->holders.fetch_add(1, std::memory_order_relaxed);
-}
-
-void Value::release() noexcept {
+void Value::destroyBlock() noexcept {
     Block* held = block();
-    if (held->holders.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     switch (kind()) {
         case Kind::array:
             delete static_cast<ArrayBlock*>(held);
             break;
         case Kind::dictionary:
-            delete static_cast<DictionaryBlock*>(held);
+            DictionaryBlock::destroy(static_cast<DictionaryBlock*>(held));
             break;
         default:
             std::free(held);
     }
 }
 
-Value::Value(std::string_view text) {
-    if (text.size() <= kInlineText) {
-        // An empty view may carry a null pointer, which memcpy must not see.
-        if (!text.empty()) std::memcpy(bytes_, text.data(), text.size());
-        setTag(Kind::string, static_cast<unsigned>(text.size()));
-    } else {
-        setBlock(Kind::string, BytesBlock::make(text.data(), text.size()), kSharedText);
-    }
+void Value::setLongText(std::string_view text) {
+    setBlock(Kind::string, BytesBlock::make(text.data(), text.size()), kSharedText);
 }
 
 Value::Value(const char* text) {
@@ -218,10 +232,8 @@ Value Value::dictionary(std::initializer_list<std::pair<std::string_view, Value>
 }
 
 Value Value::dictionaryWithCapacity(std::size_t capacity) {
-    auto block = std::make_unique<DictionaryBlock>();
-    block->entries.reserve(capacity);
     Value result;
-    result.setBlock(Kind::dictionary, block.release());
+    result.setBlock(Kind::dictionary, DictionaryBlock::make(capacity));
     return result;
 }
 
@@ -383,15 +395,24 @@ Value Value::lowercaseString() const {
     return text;
 }
 
-const Value& Value::operator[](std::string_view key) const {
+const Value& Value::nil() noexcept {
     static const Value kNil;
+    return kNil;
+}
+
+const Value& Value::lookUp(std::string_view key) const {
     if (isDictionary()) {
-        const auto& dictionary = *static_cast<const DictionaryBlock*>(block());
-        const std::size_t position = dictionary.find(key);
-        return position == DictionaryBlock::kAbsent ? kNil : dictionary.entries[position].value;
+        const Entry* entry = static_cast<DictionaryBlock*>(block())->find(key);
+        return entry == nullptr ? nil() : entry->value;
     }
-    if (isNil()) return kNil;
+    if (isNil()) return nil();
     refuse("the key \"" + std::string(key) + "\"");
+}
+
+const Value& Value::lookUpShort(const Value& key) const {
+    if (!isDictionary()) return lookUp(key.string());
+    const Entry* entry = static_cast<DictionaryBlock*>(block())->findShort(key);
+    return entry == nullptr ? nil() : entry->value;
 }
 
 const Value& Value::at(std::size_t index) const {
@@ -411,7 +432,7 @@ std::span<const Value> Value::items() const {
 }
 
 std::span<const Value::Entry> Value::entries() const {
-    if (isDictionary()) return static_cast<const DictionaryBlock*>(block())->entries;
+    if (isDictionary()) return static_cast<const DictionaryBlock*>(block())->entries();
     if (isNil()) return {};
     refuse("its entries");
 }
@@ -432,17 +453,19 @@ Value::ArrayBlock& Value::mutableArray() {
     return *held;
 }
 
-Value::DictionaryBlock& Value::mutableDictionary() {
-    if (isNil()) *this = dictionaryWithCapacity(0);
+Value::DictionaryBlock& Value::mutableDictionary(std::size_t more) {
+    if (isNil()) *this = dictionaryWithCapacity(std::max<std::size_t>(more, 4));
     if (!isDictionary()) refuse("a new entry");
     auto* held = static_cast<DictionaryBlock*>(block());
-    if (held->shared()) {
-        auto own = std::make_unique<DictionaryBlock>();
-        own->entries = held->entries;
-        own->index = held->index;
-        release();
-        held = own.get();
-        setBlock(Kind::dictionary, own.release());
+    const bool shared = held->shared();
+    const std::size_t needed = held->size + more;
+    if (shared || needed > held->capacity) {
+        const std::size_t doubled = std::max<std::size_t>(std::size_t{held->size} * 2, 4);
+        auto* own = DictionaryBlock::withRoom(
+            held, needed > held->capacity ? std::max(needed, doubled) : held->capacity, !shared);
+        if (shared) release();
+        setBlock(Kind::dictionary, own);
+        held = own;
     }
     return *held;
 }
@@ -452,11 +475,7 @@ void Value::append(Value item) {
     mutableArray().items.push_back(std::move(item));
 }
 
-void Value::set(std::string_view key, Value value) {
-    set(Value(key), std::move(value));
-}
-
-void Value::set(const Value& key, Value value) {
+void Value::set(Value key, Value value) {
     if (value.isNil()) {
         Exception::raise(Exception::kInvalidArgument,
                          "nil can't be put in a dictionary (key: " + key.description() + ")");
@@ -465,20 +484,24 @@ void Value::set(const Value& key, Value value) {
         Exception::raise(Exception::kInvalidArgument, "a dictionary's key must be a string, not " +
                                                           std::string(kindName(key.kind())));
     }
-    DictionaryBlock& dictionary = mutableDictionary();
-    const std::size_t position = dictionary.find(key.string());
-    if (position == DictionaryBlock::kAbsent) {
-        dictionary.add(key, std::move(value));
-    } else {
-        dictionary.entries[position].value = std::move(value);
+    DictionaryBlock* dictionary = &mutableDictionary(0);
+    Entry* entry = key.hasBlock() ? dictionary->find(key.string()) : dictionary->findShort(key);
+    if (entry != nullptr) {
+        entry->value = std::move(value);
+        return;
     }
+    if (dictionary->size == dictionary->capacity) dictionary = &mutableDictionary(1);
+    dictionary->add(std::move(key), std::move(value));
 }
 
 bool Value::remove(std::string_view key) {
     if ((*this)[key].isNil()) return false;
-    DictionaryBlock& dictionary = mutableDictionary();
-    dictionary.entries.erase(dictionary.entries.begin() +
-                             static_cast<std::ptrdiff_t>(dictionary.find(key)));
+    DictionaryBlock& dictionary = mutableDictionary(0);
+    Entry* last = dictionary.first() + dictionary.size - 1;
+    for (Entry* entry = dictionary.find(key); entry < last; ++entry)
+        std::swap(entry[0], entry[1]);
+    std::destroy_at(last);
+    --dictionary.size;
     dictionary.rebuildIndex();
     return true;
 }

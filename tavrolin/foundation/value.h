@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -78,7 +80,13 @@ public:
             setScalar(Kind::integer, static_cast<std::int64_t>(number));
         }
     }
-    Value(std::string_view text);
+    Value(std::string_view text) {
+        if (text.size() <= kInlineText) {
+            setShortText(text);
+        } else {
+            setLongText(text);
+        }
+    }
     Value(const std::string& text) : Value(std::string_view(text)) {}
     Value(const char* text);  // a null pointer makes nil
     Value(Date date) noexcept;
@@ -117,21 +125,21 @@ public:
     std::size_t count() const;      // of an array or a dictionary
     Value lowercaseString() const;  // ASCII letters only; nil stays nil
 
-    const Value& operator[](std::string_view key) const;  // nil when the key is absent
-    const Value& at(std::size_t index) const;             // raises beyond the end, also on nil
-    std::span<const Value> items() const;                 // an array's elements
-    std::span<const Entry> entries() const;               // a dictionary's entries, in order
+    /// nil when the key is absent.
+    const Value& operator[](std::string_view key) const {
+        return key.size() <= kInlineText ? lookUpShort(Value(key)) : lookUp(key);
+    }
+    const Value& at(std::size_t index) const;  // raises beyond the end, also on nil
+    std::span<const Value> items() const;      // an array's elements
+    std::span<const Entry> entries() const;    // a dictionary's entries, in order
 
     // --- Changing (nil becomes a collection; another kind raises; shared blocks are copied first)
     // -
     void append(Value item);
-    void set(std::string_view key, Value value);
-    void set(const std::string& key, Value value) { set(std::string_view(key), std::move(value)); }
-    void set(const char* key, Value value) { set(std::string_view(key), std::move(value)); }
-    void set(const Value& key, Value value);  // the same without copying a long key
+    void set(Value key, Value value);
     /// Does nothing for nil; otherwise as `set`.
-    void setIfPresent(const Value& key, Value value) {
-        if (!value.isNil()) set(key, std::move(value));
+    void setIfPresent(Value key, Value value) {
+        if (!value.isNil()) set(std::move(key), std::move(value));
     }
     bool remove(std::string_view key);  // true when it was there
 
@@ -144,7 +152,11 @@ public:
     std::string description() const;
 
 private:
-    struct Block;
+    struct Block {
+        std::atomic<std::uint32_t> holders{1};
+
+        bool shared() const noexcept { return holders.load(std::memory_order_acquire) != 1; }
+    };
     struct BytesBlock;
     struct ArrayBlock;
     struct DictionaryBlock;
@@ -164,7 +176,11 @@ private:
     void setUnsigned(std::uint64_t number) noexcept;
     std::int64_t scalar() const noexcept;
     double realScalar() const noexcept;
-    Block* block() const noexcept;
+    Block* block() const noexcept {
+        Block* held = nullptr;
+        std::memcpy(&held, bytes_, sizeof held);
+        return held;
+    }
     void setBlock(Kind kind, Block* block, unsigned low = 0) noexcept;
     // Asked whenever a Value is copied or dies, hence two comparisons of the tag: everything from a
     // shared text upwards has a block, but for a date.
@@ -172,10 +188,52 @@ private:
         static_assert(static_cast<int>(Kind::string) == 5 && static_cast<int>(Kind::date) == 7);
         return tag() >= 0x5F && tag() >> 4U != 7;
     }
-    void retain() const noexcept;  // of the block
-    void release() noexcept;       // of the block
+    void retain() const noexcept { block()->holders.fetch_add(1, std::memory_order_relaxed); }
+    void release() noexcept {
+        if (block()->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) destroyBlock();
+    }
+    void destroyBlock() noexcept;
+    // Put together in two words: of a constant text nothing but two constants is left, and of any
+    // other one no byte is written on its own.
+    void setShortText(std::string_view text) noexcept {
+        const std::size_t size = text.size();
+        if constexpr (std::endian::native == std::endian::little) {
+            std::uint64_t words[2] = {0, 0};
+            if (size >= 8) {
+                words[0] = loaded<std::uint64_t>(text.data());
+                if (size > 8) {
+                    words[1] = loaded<std::uint64_t>(text.data() + size - 8) >> (8 * (16 - size));
+                }
+            } else if (size >= 4) {
+                words[0] = loaded<std::uint32_t>(text.data()) |
+                           std::uint64_t{loaded<std::uint32_t>(text.data() + size - 4)}
+                               << (8 * (size - 4));
+            } else if (size > 0) {
+                const auto byte = [&](std::size_t i) {
+                    return std::uint64_t{static_cast<std::uint8_t>(text[i])} << (8 * i);
+                };
+                words[0] = byte(0) | byte(size / 2) | byte(size - 1);
+            }
+            words[1] |= ((std::uint64_t{static_cast<unsigned>(Kind::string)} << 4U) | size) << 56U;
+            std::memcpy(bytes_, words, sizeof bytes_);
+        } else {
+            for (std::size_t i = 0; i < size; ++i)
+                bytes_[i] = static_cast<std::uint8_t>(text[i]);
+            setTag(Kind::string, static_cast<unsigned>(size));
+        }
+    }
+    template <class Word>
+    static Word loaded(const char* from) noexcept {
+        Word word;
+        std::memcpy(&word, from, sizeof word);
+        return word;
+    }
+    void setLongText(std::string_view text);
+    static const Value& nil() noexcept;
+    const Value& lookUp(std::string_view key) const;
+    const Value& lookUpShort(const Value& key) const;  // a key that lies inside its Value
     ArrayBlock& mutableArray();
-    DictionaryBlock& mutableDictionary();
+    DictionaryBlock& mutableDictionary(std::size_t more);  // with room for so many more
     [[noreturn]] void refuse(std::string_view what) const;
     void describe(std::string& out, bool quoteTexts) const;
 
