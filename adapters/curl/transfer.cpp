@@ -207,7 +207,8 @@ foundation::Failure Transfer::result(CURLcode code) const {
 
 std::optional<platform::URLResponse> Transfer::response() const {
     long status = 0;
-    if (handle_ == nullptr ||
+    // Of a response whose header was given up nothing is known.
+    if (handle_ == nullptr || headerSize_ > kHeaderLimit ||
         library_->easyGetinfo(handle_, CURLINFO_RESPONSE_CODE, &status) != CURLE_OK ||
         status == 0) {
         return std::nullopt;
