@@ -82,8 +82,7 @@ bool removeStoredFile(const Value& path) {
     const std::string_view text = foundation::stringOrEmpty(path);
     const std::optional<URL> url =
         text.starts_with('/') ? URL::fileURLWithPath(text) : URL::withString(text);
-    return url && url->isFileURL() && url->path().starts_with("/") &&
-           CVNPushFileUtility::isInMediaFolder(url->path()) &&
+    return url && url->isFileURL() && CVNPushFileUtility::isInMediaFolder(url->path()) &&
            CVNPushFileUtility::removeItemAtPath(url->absoluteString());
 }
 

@@ -95,8 +95,10 @@ bool CVNPushFileUtility::isInMediaFolder(std::string_view path) {
         const std::string local = url ? url->path() : std::string();
         return local.starts_with('/') && isInMediaFolder(local);
     }
+    // A NUL would end the path for the system: it names another file than the text says.
+    if (!path.starts_with('/') || path.find('\0') != std::string_view::npos) return false;
     const std::optional<URL> container = appGroupURL();
-    if (!container || !path.starts_with('/')) return false;
+    if (!container) return false;
     const std::optional<std::string> folder =
         files().resolved(joined(container->path(), kNotificationMediaFolder));
     const std::optional<std::string> item = files().resolved(path);
