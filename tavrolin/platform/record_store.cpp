@@ -42,6 +42,10 @@ bool isOrdered(Value::Kind kind) {
     return isNumeric(kind) || kind == Value::Kind::string || kind == Value::Kind::date;
 }
 
+bool isCollection(Value::Kind kind) {
+    return kind == Value::Kind::array || kind == Value::Kind::dictionary;
+}
+
 // What is known of a side before any record is looked at.
 Value::Kind kindOf(const EntityDescription& entity, const Predicate::Expression& side) {
     switch (side.kind) {
@@ -75,14 +79,21 @@ void checkComparison(const EntityDescription& entity, const Predicate::Node& nod
             }
             return;
         case Operator::in:
-            if (right != Value::Kind::array && right != Value::Kind::dictionary) {
+            if (right != Value::Kind::nil && !isCollection(right)) {
                 refuse("a predicate on " + entity.name + " looks for a value IN " +
                        std::string(Value::kindName(right)));
             }
             return;
+        case Operator::contains:
+            if (isCollection(left)) return;
+            [[fallthrough]];
         case Operator::beginsWith:
         case Operator::endsWith:
-        case Operator::contains:
+            for (const Value::Kind side : {left, right}) {
+                if (side == Value::Kind::string || side == Value::Kind::nil) continue;
+                refuse("a predicate on " + entity.name + " compares the text of " +
+                       std::string(Value::kindName(side)));
+            }
             return;
     }
 }
