@@ -19,7 +19,7 @@ ROOMS = {
     "foundation": set(),
     "platform": {"foundation"},
     "ui": {"foundation", "platform"},
-    "core": {"foundation", "platform"},
+    "core": {"foundation", "platform", "service_extension/push_file_utility", "store/core_data_controller"},
     "payload": {"foundation", "platform", "core", "events/date_utility", "service_extension/push_file_utility"},
     "events": {"foundation", "platform", "core", "payload"},
     "store": {"foundation", "platform", "core", "payload"},

@@ -1,0 +1,29 @@
+#include "adapters/memory/memory_platform.h"
+
+#include <filesystem>
+
+namespace tavrolin::adapters::memory {
+
+MemoryPlatform::MemoryPlatform()
+    : urlSession(dispatch, std::filesystem::temp_directory_path().string()),
+      imageDecoder(files),
+      attachments(files),
+      notificationCenter(dispatch),
+      application(dispatch) {}
+
+platform::Platform MemoryPlatform::platform() {
+    return {.application = &application,
+            .attachments = &attachments,
+            .bundles = &bundles,
+            .dispatch = &dispatch,
+            .files = &files,
+            .imageDecoder = &imageDecoder,
+            .json = &json,
+            .logSink = &logSink,
+            .preferences = &preferences,
+            .recordStores = &recordStores,
+            .urlSession = &urlSession,
+            .notificationCenter = &notificationCenter};
+}
+
+}  // namespace tavrolin::adapters::memory
