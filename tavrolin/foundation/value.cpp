@@ -309,10 +309,16 @@ std::int64_t leadingInteger(std::string_view text) {
 
 double leadingDouble(std::string_view text) {
     text = withoutLeadingBlanks(text);
-    if (text.starts_with('+')) text.remove_prefix(1);
+    const bool isNegative = text.starts_with('-');
+    if (isNegative || text.starts_with('+')) text.remove_prefix(1);
+    // Words such as "inf" are no numbers here.
+    if (text.find_first_of("0123456789.") != 0) return 0;
     double result = 0;
-    std::from_chars(text.data(), text.data() + text.size(), result);
-    return result;
+    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), result);
+    if (code == std::errc::result_out_of_range) {  // too large or too close to 0: this one tells
+        result = std::strtod(std::string(text.data(), end).c_str(), nullptr);
+    }
+    return isNegative ? -result : result;
 }
 
 std::int64_t truncated(double number) {

@@ -59,8 +59,9 @@ public:
         std::swap(bytes_, copy.bytes_);
         return *this;
     }
-    Value& operator=(Value&& other) noexcept {
-        std::swap(bytes_, other.bytes_);
+    Value& operator=(Value&& other) noexcept {  // leaves nil behind, as the constructor does
+        Value taken(std::move(other));
+        std::swap(bytes_, taken.bytes_);
         return *this;
     }
     ~Value() {
@@ -189,8 +190,10 @@ private:
         return tag() >= 0x5F && tag() >> 4U != 7;
     }
     void retain() const noexcept { block()->holders.fetch_add(1, std::memory_order_relaxed); }
+    // A sole holder needs no atomic subtraction, since nobody else can become one meanwhile.
     void release() noexcept {
-        if (block()->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) destroyBlock();
+        if (!block()->shared() || block()->holders.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            destroyBlock();
     }
     void destroyBlock() noexcept;
     // Put together in two words: of a constant text nothing but two constants is left, and of any

@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "tavrolin/foundation/base64.h"
+#include "tavrolin/foundation/utf8.h"
+
+namespace tavrolin::foundation {
+namespace {
+
+#define FFFD "\xEF\xBF\xBD"
+
+TEST(Utf8, TellsAndRepairsWhatIsInvalid) {
+    const struct {
+        std::string_view text;
+        std::string_view repaired;
+    } cases[] = {
+        {"", ""},
+        {"plain text of more than eight bytes", "plain text of more than eight bytes"},
+        {"\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xEF\xBF\xBF \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF",
+         "\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xEF\xBF\xBF \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF"},
+        {"\xED\x9F\xBF\xEE\x80\x80", "\xED\x9F\xBF\xEE\x80\x80"},
+        {"a\x80z", "a" FFFD "z"},
+        {"\xC0\xAF", FFFD FFFD},                    // overlong
+        {"\xE0\x9F\xBF", FFFD FFFD FFFD},           // overlong
+        {"\xED\xA0\x80", FFFD FFFD FFFD},           // a surrogate
+        {"\xF4\x90\x80\x80", FFFD FFFD FFFD FFFD},  // above U+10FFFF
+        {"\xF5\xFF", FFFD FFFD},
+        {"caf\xC3", "caf" FFFD},  // cut short
+        {"\xF0\x9F\x8D"
+         "pizza",
+         FFFD "pizza"},
+        {"12345678\xFF"
+         "12345678",
+         "12345678" FFFD "12345678"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(repairedUtf8(each.text), each.repaired);
+        EXPECT_EQ(isValidUtf8(each.text), each.text == each.repaired);
+        EXPECT_TRUE(isValidUtf8(each.repaired));
+    }
+}
+
+TEST(Base64, GoesBothWaysAndTakesNothingElse) {
+    const std::pair<std::string_view, std::string_view> cases[] = {{"", ""},
+                                                                   {"f", "Zg=="},
+                                                                   {"fo", "Zm8="},
+                                                                   {"foo", "Zm9v"},
+                                                                   {"foob", "Zm9vYg=="},
+                                                                   {"fooba", "Zm9vYmE="},
+                                                                   {"\xFB\xFF\xFE", "+//+"}};
+    for (const auto& [plain, encoded] : cases) {
+        const std::vector<std::uint8_t> bytes(plain.begin(), plain.end());
+        EXPECT_EQ(base64Encoded(bytes), encoded);
+        EXPECT_EQ(base64Decoded(encoded), bytes);
+    }
+    for (const std::string_view text : {"Zg", "Zg=", "Zh==", "Zm9=", "Zg==Zg==", "Z===", "====",
+                                        "Zm9v\n", "Zm 9", "Zm-_", "=Zm9"}) {
+        EXPECT_EQ(base64Decoded(text), std::nullopt) << text;
+    }
+}
+
+}  // namespace
+}  // namespace tavrolin::foundation
