@@ -23,8 +23,11 @@ namespace {
 
 constexpr std::size_t kKeptStatements = 64;
 
-StoreErrorCode codeOf(int result, int systemError) {
-    const bool isFull = systemError == ENOSPC || systemError == EFBIG || systemError == EDQUOT;
+bool saysFull(int systemError) {
+    return systemError == ENOSPC || systemError == EFBIG || systemError == EDQUOT;
+}
+
+StoreErrorCode codeOf(int result, bool isFull) {
     switch (result & 0xff) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
@@ -49,8 +52,10 @@ StoreErrorCode codeOf(int result, int systemError) {
 }
 
 foundation::Error errorOf(sqlite3* database) {
+    // SQLite does not keep the system's reason when a commit fails, but it is still there.
+    const bool isFull = saysFull(errno) || saysFull(sqlite3_system_errno(database));
     const int result = sqlite3_extended_errcode(database);
-    return storeError(codeOf(result, sqlite3_system_errno(database)), sqlite3_errmsg(database),
+    return storeError(codeOf(result, isFull), sqlite3_errmsg(database),
                       std::string(sqlite3_errstr(result)) + " (" + std::to_string(result) + ")");
 }
 
@@ -133,6 +138,7 @@ void Statement::bind(const Value& value) {
 }
 
 bool Statement::step() {
+    errno = 0;
     return sqlite3_step(statement_) == SQLITE_ROW;
 }
 
