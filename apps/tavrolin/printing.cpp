@@ -1,0 +1,222 @@
+#include "apps/tavrolin/printing.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "adapters/json/json_text.h"
+#include "tavrolin/platform/json_text.h"
+
+namespace tavrolin::apps {
+
+using foundation::Value;
+using platform::JSONText;
+
+namespace {
+
+constexpr std::size_t kWidestColumn = 44;
+
+std::string json(const Value& value, JSONText::Style style) {
+    const auto text = adapters::json::JSONText().serialise(value, style);
+    if (!text)
+        throw std::runtime_error("can't print the result: " + text.error().localizedDescription);
+    return *text;
+}
+
+void write(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        throw std::runtime_error("can't write to standard output");
+    }
+}
+
+bool isTerminal() {
+    static const bool answer = isatty(STDOUT_FILENO) == 1;
+    return answer;
+}
+
+std::string styled(std::string_view text, std::string_view code) {
+    if (!isTerminal()) return std::string(text);
+    return "\033[" + std::string(code) + "m" + std::string(text) + "\033[0m";
+}
+
+std::string bold(std::string_view text) {
+    return styled(text, "1");
+}
+
+std::string dim(std::string_view text) {
+    return styled(text, "2");
+}
+
+// A payload's text must not move the terminal's cursor.
+std::string harmless(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        result += byte < 0x20 || byte == 0x7f ? ' ' : c;
+    }
+    return result;
+}
+
+// What a person reads for a value: texts bare, collections as JSON.
+std::string shown(const Value& value) {
+    if (value.isNil() || value.isNull()) return "-";
+    if (value.isString()) return harmless(value.string());
+    return harmless(json(value, JSONText::Style::compact));
+}
+
+std::size_t characters(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
+    }));
+}
+
+std::string shortened(const std::string& text) {
+    if (characters(text) <= kWidestColumn) return text;
+    std::size_t end = 0;
+    for (std::size_t seen = 0; end < text.size(); ++end) {
+        if ((static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80 && ++seen > kWidestColumn - 1)
+            break;
+    }
+    return text.substr(0, end) + "…";
+}
+
+using Row = std::vector<std::string>;
+
+void printTable(const Row& head, std::vector<Row> rows, std::string_view nothing) {
+    if (rows.empty()) {
+        write(std::string(nothing) + "\n");
+        return;
+    }
+    std::vector<std::size_t> widths;
+    for (const std::string& title : head)
+        widths.push_back(characters(title));
+    for (Row& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            row[i] = shortened(row[i]);
+            widths[i] = std::max(widths[i], characters(row[i]));
+        }
+    }
+    const auto line = [&](const Row& row, bool isHead) {
+        std::string text;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            text += isHead ? bold(row[i]) : row[i];
+            if (i + 1 < row.size()) text.append(widths[i] - characters(row[i]) + 2, ' ');
+        }
+        write(text + "\n");
+    };
+    line(head, true);
+    for (const Row& row : rows)
+        line(row, false);
+}
+
+void printField(std::string_view name, const std::string& text) {
+    std::string label(name);
+    label.resize(std::max<std::size_t>(label.size() + 1, 13), ' ');
+    write("  " + dim(label) + text + "\n");
+}
+
+// "3 attachments"; nothing for none.
+std::string counted(std::size_t count, const std::string& thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+void printContent(const Value& content) {
+    for (const char* key : {"title", "subtitle", "body", "categoryIdentifier", "sound"}) {
+        if (!content[key].isNull()) {
+            printField(std::string_view(key) == "categoryIdentifier" ? "category" : key,
+                       shown(content[key]));
+        }
+    }
+    for (const Value& attachment : content["attachments"].items()) {
+        printField("attached", shown(attachment["url"]));
+    }
+    printField("user info", counted(content["userInfo"].count(), "key") + " (--json shows them)");
+}
+
+std::string_view explained(std::string_view outcome) {
+    if (outcome == "completed") return "the extension rewrote it";
+    if (outcome == "expired") return "the extension's time ran out; its best attempt is shown";
+    if (outcome == "untouched") return "shown as received";
+    if (outcome == "crashed") return "the extension died; shown as received";
+    return "handed to the app, nothing is shown";
+}
+
+}  // namespace
+
+void print(const Value& result, bool asJSON, Printer printer) {
+    if (asJSON) {
+        write(json(result, JSONText::Style::pretty) + "\n");
+    } else {
+        printer(result);
+    }
+    if (std::fflush(stdout) != 0) throw std::runtime_error("can't write to standard output");
+}
+
+void printLine(const Value& result) {
+    write(json(result, JSONText::Style::compact) + "\n");
+    if (std::fflush(stdout) != 0) throw std::runtime_error("can't write to standard output");
+}
+
+void printDelivery(const Value& result) {
+    const std::string_view outcome = result["outcome"].string();
+    write(bold(outcome) + ": " + std::string(explained(outcome)) + "\n");
+    printField("identifier", shown(result["identifier"]));
+    printField("recognised", result["recognised"].boolValue() ? "yes" : "no, of another sender");
+    if (result["content"].isDictionary()) printContent(result["content"]);
+    for (const Value& replaced : result["replaced"].items())
+        printField("replaced", shown(replaced));
+    printField("seconds", shown(result["seconds"]));
+    if (!result["peakRssKiB"].isNull()) {
+        printField("memory",
+                   std::to_string(result["peakRssKiB"].integerValue() / 1024) + " MiB at most");
+    }
+}
+
+void printTray(const Value& result) {
+    std::vector<Row> rows;
+    for (const Value& entry : result.items()) {
+        const Value& content = entry["content"];
+        rows.push_back({shown(entry["deliveredAt"]), shown(content["title"]),
+                        shown(content["body"]), std::to_string(content["attachments"].count()),
+                        shown(entry["identifier"])});
+    }
+    printTable({"delivered", "title", "body", "files", "identifier"}, std::move(rows),
+               "The tray is empty.");
+}
+
+void printStore(const Value& result) {
+    std::vector<Row> rows;
+    for (const Value& record : result.items()) {
+        std::string state = record["isRead"].boolValue() ? "read" : "unread";
+        if (record["isDismissed"].boolValue()) state += ", dismissed";
+        rows.push_back({shown(record["time"]), shown(record["trid"]), shown(record["source"]),
+                        shown(record["campaignType"]), shown(record["currentStatus"]), state,
+                        record["alreadyDisplayedOnTray"].boolValue() ? "yes" : "no",
+                        shown(record["collapseKey"])});
+    }
+    printTable({"stored", "trid", "source", "campaign", "status", "state", "shown", "collapse key"},
+               std::move(rows), "The store is empty.");
+}
+
+void printEvents(const Value& result) {
+    std::vector<Row> rows;
+    for (const Value& event : result.items()) {
+        rows.push_back({shown(event["at"]), shown(event["id"]), shown(event["name"]),
+                        shown(event["type"]), shown(event["payload"]["trid"])});
+    }
+    printTable({"at", "id", "name", "type", "trid"}, std::move(rows), "No events were recorded.");
+}
+
+void printDictionary(const Value& result) {
+    std::vector<Row> rows;
+    for (const auto& [key, value] : result.entries())
+        rows.push_back({shown(key), shown(value)});
+    printTable({"name", "value"}, std::move(rows), "There is nothing.");
+}
+
+}  // namespace tavrolin::apps

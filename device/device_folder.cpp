@@ -1,0 +1,209 @@
+#include "device/device_folder.h"
+
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "device/device_error.h"
+
+namespace tavrolin::device {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kInfoPlist = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0">
+<dict>
+    <key>CFBundleIdentifier</key>
+    <string>com.corvalen.sample</string>
+    <key>CFBundleName</key>
+    <string>Sample</string>
+    <key>CFBundleURLTypes</key>
+    <array>
+        <dict>
+            <key>CFBundleURLSchemes</key>
+            <array>
+                <string>sampleapp</string>
+            </array>
+        </dict>
+    </array>
+    <key>CorvalenKeys</key>
+    <dict>
+        <key>CorvalenAppGroup</key>
+        <string>group.corvalen.sample</string>
+        <key>CorvalenNotificationIcon</key>
+        <string>NotificationIcon</string>
+    </dict>
+</dict>
+</plist>
+)";
+
+constexpr std::string_view kConfigPlist = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0">
+<dict>
+    <key>ActionButtons_v2</key>
+    <dict>
+        <key>CorvalenOffer</key>
+        <dict>
+            <key>actionItems</key>
+            <array>
+                <dict>
+                    <key>title</key>
+                    <string>Copy code</string>
+                    <key>type</key>
+                    <string>button</string>
+                    <key>option</key>
+                    <string>4</string>
+                </dict>
+                <dict>
+                    <key>title</key>
+                    <string>Later</string>
+                    <key>type</key>
+                    <string>button</string>
+                    <key>option</key>
+                    <string>4</string>
+                </dict>
+                <dict>
+                    <key>title</key>
+                    <string>Reply</string>
+                    <key>placeholder</key>
+                    <string>Reply here...</string>
+                    <key>type</key>
+                    <string>text</string>
+                    <key>option</key>
+                    <string>4</string>
+                </dict>
+            </array>
+        </dict>
+    </dict>
+</dict>
+</plist>
+)";
+
+[[noreturn]] void fail(const std::string& what, const std::string& path,
+                       const std::string& reason) {
+    throw DeviceError("can't " + what + " " + path + ": " + reason +
+                      "; choose another folder with --device");
+}
+
+void makePrivate(const std::string& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) fail("make the folder", folder, error.message());
+    // The folder may have been made by someone with another umask.
+    if (chmod(folder.c_str(), 0700) != 0) {
+        fail("protect the folder", folder, std::generic_category().message(errno));
+    }
+}
+
+void writeIfMissing(const std::string& path, std::string_view text) {
+    std::error_code error;
+    if (fs::exists(path, error)) return;
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) fail("write", path, std::generic_category().message(errno));
+    chmod(path.c_str(), 0600);
+}
+
+}  // namespace
+
+DeviceFolder::DeviceFolder(std::string_view root) {
+    std::error_code error;
+    root_ = fs::absolute(fs::path(root), error).lexically_normal().string();
+    if (error || root.empty()) throw DeviceError("the device's folder has no usable name");
+    while (root_.size() > 1 && root_.ends_with('/'))
+        root_.pop_back();
+}
+
+void DeviceFolder::make() const {
+    std::error_code error;
+    if (fs::exists(clockFile(), error)) return;  // written last, below, and by every command
+    // Nobody's folder of other things becomes a device.
+    if (fs::exists(root_, error) && !fs::is_empty(root_, error) && !fs::exists(system(), error)) {
+        throw DeviceError(root_ +
+                          " holds something else than a device; choose another folder "
+                          "with --device");
+    }
+    makePrivate(root_);
+    for (const std::string& folder :
+         {app(), root_ + "/groups", root_ + "/containers", system(), attachments()}) {
+        makePrivate(folder);
+    }
+    writeIfMissing(app() + "/Info.plist", kInfoPlist);
+    writeIfMissing(app() + "/CorvalenConfig.plist", kConfigPlist);
+}
+
+void DeviceFolder::reset() const {
+    std::error_code error;
+    if (fs::exists(root_, error) && !fs::is_empty(root_, error) && !fs::exists(system(), error)) {
+        throw DeviceError(root_ + " holds something else than a device and was left alone");
+    }
+    for (const char* part : {"app", "groups", "containers", "system"}) {
+        fs::remove_all(root_ + "/" + part, error);
+        if (error) fail("empty", root_ + "/" + part, error.message());
+    }
+    make();
+}
+
+std::optional<std::string> DeviceFolder::group(std::string_view name) const {
+    const bool isFolderName = !name.empty() && name.size() <= 200 && name != "." && name != ".." &&
+                              name.find('/') == std::string_view::npos &&
+                              name.find('\0') == std::string_view::npos;
+    if (!isFolderName) return std::nullopt;
+    return root_ + "/groups/" + std::string(name);
+}
+
+std::optional<std::string> DeviceFolder::groupPreferences(std::string_view name) const {
+    auto path = group(name);
+    if (path) *path += "/Library/Preferences";
+    return path;
+}
+
+std::string DeviceFolder::container(std::string_view process) const {
+    return root_ + "/containers/" + std::string(process);
+}
+
+std::string DeviceFolder::temporaryFolder(std::string_view process, std::string_view run) const {
+    return container(process) + "/tmp/" + std::string(run);
+}
+
+std::string defaultDeviceFolder() {
+    const auto variable = [](const char* name) -> std::string {
+        const char* value = std::getenv(name);
+        return value == nullptr ? "" : value;
+    };
+    if (const std::string device = variable("TAVROLIN_DEVICE"); !device.empty()) return device;
+    if (const std::string state = variable("XDG_STATE_HOME"); !state.empty()) {
+        return state + "/tavrolin/device";
+    }
+    const std::string home = variable("HOME");
+    if (home.empty()) {
+        throw DeviceError("there is no home folder to keep a device in; name one with --device");
+    }
+    return home + "/.local/state/tavrolin/device";
+}
+
+std::string randomIdentifier() {
+    std::array<std::uint8_t, 16> bytes{};
+    if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+        throw DeviceError("the system gives no random numbers");
+    }
+    static constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
+        text += kDigits[bytes[i] >> 4U];
+        text += kDigits[bytes[i] & 15U];
+    }
+    return text;
+}
+
+}  // namespace tavrolin::device

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string_view>
+
+namespace tavrolin::device {
+
+// The keys of the messages between the device and an extension process. Each message is a
+// dictionary.
+
+// The one message to the extension.
+inline constexpr std::string_view kMessageDevice = "device";      // the device's folder
+inline constexpr std::string_view kMessageJumping = "jumping";    // boolean: which clock
+inline constexpr std::string_view kMessageStart = "start";        // date: the device's time
+inline constexpr std::string_view kMessageLogLevel = "logLevel";  // integer
+inline constexpr std::string_view kMessageRun = "run";  // names the run's temporary folder
+inline constexpr std::string_view kMessageIdentifier = "identifier";  // the request's
+
+// To both sides: a notification's content.
+inline constexpr std::string_view kMessageContent = "content";
+
+// From the extension.
+inline constexpr std::string_view kMessageAt = "at";  // date: when content was handed back
+inline constexpr std::string_view kMessageExpired = "expired";     // boolean: its time had run out
+inline constexpr std::string_view kMessageRemoved = "removed";     // identifiers taken off the tray
+inline constexpr std::string_view kMessageActivity = "activity";   // integer: a sign of life
+inline constexpr std::string_view kMessageEnd = "end";             // date: all its work is done
+inline constexpr std::string_view kMessagePeakRSS = "peakRssKiB";  // integer
+
+}  // namespace tavrolin::device

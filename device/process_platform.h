@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "adapters/asio/asio_dispatch.h"
+#include "device/device_folder.h"
+#include "device/system_state.h"
+#include "tavrolin/platform/platform.h"
+#include "tavrolin/platform/user_notification_center.h"
+
+namespace tavrolin::device {
+
+/// The ports of one process of the device, over its folder. Made once and kept until the process
+/// ends. Each kind of process has a container of its own, named after it; what one run of it
+/// downloads lies in a temporary folder there, named after the run, which whoever started the
+/// process removes.
+class ProcessPlatform {
+public:
+    /// `process`: "device", "service-extension", …
+    ProcessPlatform(const DeviceFolder& folder, std::string_view process,
+                    adapters::asio::Clock clock, std::string_view run = "none");
+    ~ProcessPlatform();
+
+    /// Makes the folders that an app's process may write to. Throws DeviceError.
+    void makeContainer();
+    /// Installs the ports, with the process's own notification center, and sets the log threshold.
+    void install(platform::UserNotificationCenter& center, int logLevel);
+
+    adapters::asio::AsioDispatch& dispatch();
+    platform::RecordStores& recordStores();
+    platform::PreferencesSuites& preferences();
+    platform::JSONText& json();
+    SystemState& systemState();
+
+    /// The app group that the sample app's Info dictionary names; nil when it names none.
+    foundation::Value appGroup();
+    /// Where the app's notification store lies: in the app group's container, or without one among
+    /// the documents of the process.
+    std::string storeDirectory(std::string_view process);
+
+private:
+    struct Adapters;
+    std::unique_ptr<Adapters> adapters_;
+};
+
+}  // namespace tavrolin::device

@@ -1,0 +1,163 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/support/test_device.h"
+
+namespace tavrolin::tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+using foundation::Value;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+std::string nested(std::size_t levels) {
+    return R"({"a":)" + std::string(levels, '[') + std::string(levels, ']') + "}";
+}
+
+TEST(CommandLine, RefusesMalformedInputWithOneLineThatSaysWhere) {
+    const TestDevice device;
+    struct Case {
+        std::string input;
+        const char* message;
+    };
+    const std::vector<Case> cases = {
+        {"", "line 1"},
+        {"{\"aps\":\n  {\"alert\": }}", "line 2, column 13"},
+        {"[1, 2]", "must be a JSON object"},
+        {"\"text\"", "must be a JSON object"},
+        {"{\"a\": \"\xFF\xFE\"}", "line 1, column 8"},
+        {"{\"a\": \"\\ud800\"}", "line 1"},
+        {"{\"a\": 1} trailing", "line 1, column 10"},
+        {nested(10000), "level"},
+        {R"({"a": ")" + std::string(4100, 'x') + "\"}", "4108 bytes"},
+    };
+    for (const Case& each : cases) {
+        const ProgramResult result = device.run({"deliver", "-"}, each.input);
+        EXPECT_EQ(result.status, 1) << each.message;
+        EXPECT_EQ(result.output, "") << each.message;
+        EXPECT_THAT(result.errors, HasSubstr(each.message));
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    }
+    EXPECT_EQ(device.look({"tray"}).count(), 0U);
+}
+
+TEST(CommandLine, TakesWhatIsUnusualButSound) {
+    const TestDevice device;
+    const ProgramResult result = device.run(
+        {"deliver", "-"},
+        R"({"aps":{"alert":"first"},"aps":{"alert":"a\u0000b"},"big":123456789012345678901234567890,)"
+        R"("most":18446744073709551615})");
+    ASSERT_EQ(result.status, 0) << result.errors;
+    const Value content = parsedJSON(result.output)["content"];
+    EXPECT_EQ(content["body"], Value(std::string_view("a\0b", 3)));
+    EXPECT_EQ(content["userInfo"]["big"], Value(1.2345678901234568e29));
+    EXPECT_EQ(content["userInfo"]["most"], Value(18446744073709551615U));
+    // A larger payload is delivered when that is asked for.
+    const std::string large = R"({"aps": {"alert": ")" + std::string(5000, 'x') + "\"}}";
+    EXPECT_EQ(device.run({"deliver", "--no-limit", "-"}, large).status, 0);
+}
+
+TEST(CommandLine, GoesOnAfterABadLine) {
+    const TestDevice device;
+    const ProgramResult result =
+        device.run({"deliver", "--lines", "-"},
+                   "{\"aps\":{\"alert\":\"one\"}}\n\n{\"aps\":\n{\"aps\":{\"alert\":\"four\"}}");
+    EXPECT_EQ(result.status, 1);
+    std::vector<Value> lines;
+    std::istringstream output(result.output);
+    for (std::string line; std::getline(output, line);)
+        lines.push_back(parsedJSON(line));
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0]["content"]["body"], Value("one"));
+    EXPECT_EQ(lines[1]["line"], Value(3));
+    EXPECT_THAT(std::string(lines[1]["error"].string()), HasSubstr("line 1"));
+    EXPECT_EQ(lines[2]["content"]["body"], Value("four"));
+    EXPECT_EQ(device.look({"tray"}).count(), 2U);
+}
+
+TEST(CommandLine, TellsWrongUsageFromWhatCouldNotBeDone) {
+    const TestDevice device;
+    EXPECT_EQ(device.run({}).status, 2);
+    EXPECT_EQ(device.run({"no-such-command"}).status, 2);
+    EXPECT_EQ(device.run({"deliver"}).status, 2);
+    EXPECT_EQ(device.run({"--time", "sideways", "tray"}).status, 2);
+    EXPECT_EQ(device.run({"--help"}).status, 0);
+    const ProgramResult missing = device.run({"deliver", device.folder() + "/missing.json"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_THAT(missing.errors, HasSubstr("No such file"));
+}
+
+TEST(CommandLine, PrintsWhatIsEmptyInTheContractsForm) {
+    const TestDevice device;
+    const Value none = Value::array();
+    EXPECT_EQ(device.look({"tray"}), none);
+    EXPECT_EQ(device.look({"store"}), none);
+    EXPECT_EQ(device.look({"events"}), none);
+    EXPECT_EQ(device.look({"events", "--flushes"}), Value::dictionary({{"flushes", 0}}));
+    EXPECT_EQ(device.look({"preferences"}), Value::dictionary());
+    const Value outbox = device.look({"outbox"});
+    for (const char* key : {"openedURLs", "deeplinks", "postedNotifications", "doubleOptIn",
+                            "doubleOptIn2Timestamps", "attributionChecks"}) {
+        EXPECT_EQ(outbox[key], none) << key;
+    }
+    for (const char* key : {"badge", "remoteRegistrations", "doubleOptInResets"}) {
+        EXPECT_EQ(outbox[key], Value(0)) << key;
+    }
+    EXPECT_TRUE(outbox["pasteboard"].isNull());
+}
+
+TEST(CommandLine, EmptiesADeviceAndNothingElse) {
+    const TestDevice device;
+    device.deliver(pushPayload("t-1"));
+    EXPECT_EQ(device.run({"reset"}).status, 0);
+    EXPECT_EQ(device.look({"tray"}).count(), 0U);
+    EXPECT_EQ(device.look({"store"}).count(), 0U);
+    EXPECT_TRUE(fs::exists(device.folder() + "/app/Info.plist"));
+
+    const std::string other = device.folder() + "-other";
+    writeFile(other + "/letters.txt", "dear reader");
+    for (const char* command : {"reset", "tray"}) {
+        const ProgramResult result = device.run({"--device", other, command});
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_EQ(fileText(other + "/letters.txt"), "dear reader") << command;
+    }
+}
+
+TEST(CommandLine, KeepsTheClockGoingForwardsFromCommandToCommand) {
+    const TestDevice device;
+    Value payload = pushPayload("t-1");
+    Value aps = payload["aps"];
+    aps.set("category", "CorvalenSimpleNotification");
+    payload.set("aps", aps);
+    for (const char* id : {"a", "b", "c"})
+        device.deliver(payload, {"--id", id});
+    Value section = Value::dictionary();
+    const Value tray = device.look({"tray"});
+    ASSERT_EQ(tray.count(), 1U);
+    // Three holds of three seconds each went by, whatever the machine's clock says.
+    const Value store = device.look({"store"});
+    EXPECT_LT(store.at(0)["time"].string(), tray.at(0)["deliveredAt"].string());
+}
+
+TEST(CommandLine, WritesLogLinesToStandardErrorFromTheThresholdOn) {
+    const TestDevice device;
+    const std::string payload = compactJSON(pushPayload("t-1"));
+    const ProgramResult quiet = device.run({"--log", "9", "deliver", "-"}, payload);
+    EXPECT_EQ(quiet.errors, "");
+    const ProgramResult all = device.run({"--log", "0", "deliver", "-"}, payload);
+    EXPECT_THAT(
+        all.errors,
+        HasSubstr("⬜️ CVNPushLogger(SYSTEM) CVNNotificationServiceExtension: ✅ ✅ ✅ 👍 "
+                  "Tavrolin NSE Called ✅ ✅ ✅ -[CVNNotificationServiceExtension "
+                  "didReceiveNotificationRequest:withContentHandler:] (Line "));
+    EXPECT_THAT(all.errors, HasSubstr("CVNNotificationPayload in json string format : {\n"));
+    EXPECT_THAT(all.errors, HasSubstr("Store Loaded"));
+}
+
+}  // namespace
+}  // namespace tavrolin::tests
