@@ -67,7 +67,7 @@ std::optional<std::string> FolderBundle::pathForResource(std::string_view name,
         !name.empty() && name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
     if (!isPlain) return std::nullopt;
     std::string path = folder_ + "/" + std::string(name);
-    if (!type.empty()) path.append(".").append(type);
+    if (!type.empty()) path.append(1, '.').append(type);
     std::error_code error;
     if (!fs::exists(path, error)) return std::nullopt;
     return path;
