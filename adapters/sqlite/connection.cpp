@@ -255,6 +255,10 @@ bool Connection::isInTransaction() const {
     return sqlite3_get_autocommit(database_.get()) == 0;
 }
 
+bool Connection::isReadOnly() const {
+    return sqlite3_db_readonly(database_.get(), "main") == 1;
+}
+
 std::int64_t Connection::changes() const {
     return sqlite3_changes64(database_.get());
 }

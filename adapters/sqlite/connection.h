@@ -59,6 +59,7 @@ public:
     /// Why the last step ended; nothing when it reached the end or a row.
     foundation::Failure failure() const;
     bool isInTransaction() const;
+    bool isReadOnly() const;
     std::int64_t changes() const;
     std::int64_t lastInsertID() const;
 

@@ -72,7 +72,7 @@ public:
         }
     }
 
-    Failure begin() override { return connection_->execute("BEGIN IMMEDIATE"); }
+    Failure begin() override;
     Failure commit() override;
     void rollback() override {
         // An error may have ended the transaction already.
@@ -138,6 +138,14 @@ std::vector<Value> checkedValues(const EntityDescription& entity,
         checked[i] = platform::checkedValue(entity, entity.attributes[i], values[i]);
     }
     return checked;
+}
+
+Failure SQLiteRecordStore::begin() {
+    // SQLite would begin one that only reads, and refuse the writes in it.
+    if (connection_->isReadOnly()) {
+        return storeError(StoreErrorCode::readOnly, "the store is read-only");
+    }
+    return connection_->execute("BEGIN IMMEDIATE");
 }
 
 Failure SQLiteRecordStore::commit() {
