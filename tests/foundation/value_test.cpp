@@ -76,12 +76,12 @@ TEST(Value, LeavesNilBehindWhenMoved) {
     for (Value value : {Value(1), Value("short"), Value(std::string(50, 'x')), Value::array({1})}) {
         const Value copy = value;
         const Value constructed = std::move(value);
-        EXPECT_TRUE(value.isNil());
+        EXPECT_TRUE(value.isNil());  // NOLINT(bugprone-use-after-move): this is what is promised
         EXPECT_EQ(constructed, copy);
         Value assigned = "something else that lies in a block";
         value = copy;
         assigned = std::move(value);
-        EXPECT_TRUE(value.isNil());
+        EXPECT_TRUE(value.isNil());  // NOLINT(bugprone-use-after-move)
         EXPECT_EQ(assigned, copy);
         Value& same = assigned;
         assigned = same;
@@ -283,6 +283,7 @@ TEST(Value, ThreadsMayHoldTheSameBlock) {
     const Value shared =
         Value::dictionary({{"list", Value::array({"a text that lies in a block"})}});
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([own = shared, i]() mutable {
             for (int round = 0; round < 2000; ++round) {

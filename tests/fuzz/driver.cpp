@@ -19,7 +19,7 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-// There when a sanitizer is.
+// There when a sanitizer is. NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
 namespace {
