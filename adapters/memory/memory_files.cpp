@@ -127,9 +127,13 @@ Failure MemoryFiles::moveItem(std::string_view from, std::string_view to) {
     const std::string source = normalised(from);
     const std::string target = normalised(to);
     if (source.empty() || isInside(target, source)) return errorWithCode(EINVAL, from);
+    const bool isOnDisk = find(source) == nullptr;
+    auto bytes = isOnDisk ? contentsOnDisk(source) : std::nullopt;
+    // A file's own folder exists where the file does: a download is renamed in its place.
+    if (bytes && parentOf(source) == parentOf(target) && find(parentOf(target)) == nullptr)
+        makeFolders(parentOf(target));
     if (Failure failure = checkPlace(target)) return failure;
-    if (find(source) == nullptr) {
-        auto bytes = contentsOnDisk(source);
+    if (isOnDisk) {
         if (!bytes) return errorWithCode(ENOENT, from);
         nodes_[target].bytes = std::move(*bytes);
         std::remove(source.c_str());
