@@ -274,13 +274,9 @@ void KeyedArchiver::enter() {
     }
 }
 
-// Where the next bytes go; there is room for `size` of them.
-std::uint8_t* KeyedArchiver::room(std::size_t size) {
+void KeyedArchiver::grow(std::size_t size) {
     static constexpr std::size_t kFirstRoom = 4096;
-    if (bytes_.size() - size_ < size) {
-        bytes_.resize(std::max({kFirstRoom, bytes_.size() * 2, size_ + size}));
-    }
-    return bytes_.data() + size_;
+    bytes_.resize(std::max({kFirstRoom, bytes_.size() * 2, size_ + size}));
 }
 
 std::vector<std::uint8_t> KeyedArchiver::finish() {

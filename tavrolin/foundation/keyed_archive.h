@@ -64,7 +64,12 @@ private:
     void writeHead(unsigned major, std::uint64_t argument);
     void writeByte(std::uint8_t byte);
     void enter();
-    std::uint8_t* room(std::size_t size);
+    // Where the next bytes go; there is room for `size` of them.
+    std::uint8_t* room(std::size_t size) {
+        if (bytes_.size() - size_ < size) grow(size);
+        return bytes_.data() + size_;
+    }
+    void grow(std::size_t size);
     std::vector<std::uint8_t> finish();
 
     std::vector<std::uint8_t> bytes_;  // the room; what is written is its first `size_` bytes

@@ -11,13 +11,22 @@ const std::uint8_t* bytesOf(std::string_view text) {
     return reinterpret_cast<const std::uint8_t*>(text.data());
 }
 
-// Payloads are mostly ASCII: eight bytes are looked at in one go.
+template <class Word>
+Word wordAt(const std::uint8_t* at) noexcept {
+    Word word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// Payloads are mostly ASCII: eight bytes are looked at in one go, and short rests in one as well.
 const std::uint8_t* skipAscii(const std::uint8_t* at, const std::uint8_t* end) noexcept {
     while (end - at >= 8) {
-        std::uint64_t word;
-        std::memcpy(&word, at, sizeof word);
-        if ((word & 0x8080808080808080U) != 0) break;
+        if ((wordAt<std::uint64_t>(at) & 0x8080808080808080U) != 0) break;
         at += 8;
+    }
+    if (const auto left = end - at; left >= 4 && left < 8) {
+        const std::uint32_t both = wordAt<std::uint32_t>(at) | wordAt<std::uint32_t>(end - 4);
+        if ((both & 0x80808080U) == 0) return end;
     }
     while (at != end && *at < 0x80)
         ++at;

@@ -17,22 +17,14 @@ namespace tavrolin::foundation {
 
 // --- Blocks -----------------------------------------------------------------------------------
 
-// A text or data: the bytes follow the header.
-struct Value::BytesBlock : Block {
-    std::size_t size = 0;
-
-    char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
-    const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
-
-    static BytesBlock* make(const void* bytes, std::size_t size) {
-        void* memory = std::malloc(sizeof(BytesBlock) + size);
-        if (memory == nullptr) throw std::bad_alloc();
-        auto* block = new (memory) BytesBlock;
-        block->size = size;
-        if (size > 0) std::memcpy(block->text(), bytes, size);
-        return block;
-    }
-};
+Value::BytesBlock* Value::BytesBlock::make(const void* bytes, std::size_t size) {
+    void* memory = std::malloc(sizeof(BytesBlock) + size);
+    if (memory == nullptr) throw std::bad_alloc();
+    auto* block = new (memory) BytesBlock;
+    block->size = size;
+    if (size > 0) std::memcpy(block->text(), bytes, size);
+    return block;
+}
 
 struct Value::ArrayBlock : Block {
     std::vector<Value> items;
@@ -261,21 +253,10 @@ void Value::refuse(std::string_view what) const {
 
 // --- Reading ----------------------------------------------------------------------------------
 
-std::string_view Value::string() const {
-    if (isString()) {
-        const unsigned low = tag() & 15U;
-        if (low != kSharedText) return {reinterpret_cast<const char*>(bytes_), low};
-        const auto* text = static_cast<const BytesBlock*>(block());
-        return {text->text(), text->size};
-    }
-    if (isNil()) return {};
-    refuse("its text");
-}
-
 Value::Bytes Value::bytes() const {
     if (kind() == Kind::data) {
-        const auto* data = static_cast<const BytesBlock*>(block());
-        return {reinterpret_cast<const std::uint8_t*>(data->text()), data->size};
+        const std::string_view data = static_cast<const BytesBlock*>(block())->view();
+        return {reinterpret_cast<const std::uint8_t*>(data.data()), data.size()};
     }
     if (isNil()) return {};
     refuse("its bytes");
@@ -490,7 +471,8 @@ void Value::set(Value key, Value value) {
         Exception::raise(Exception::kInvalidArgument, "a dictionary's key must be a string, not " +
                                                           std::string(kindName(key.kind())));
     }
-    DictionaryBlock* dictionary = &mutableDictionary(0);
+    auto* dictionary = isDictionary() ? static_cast<DictionaryBlock*>(block()) : nullptr;
+    if (dictionary == nullptr || dictionary->shared()) dictionary = &mutableDictionary(0);
     Entry* entry = key.hasBlock() ? dictionary->find(key.string()) : dictionary->findShort(key);
     if (entry != nullptr) {
         entry->value = std::move(value);

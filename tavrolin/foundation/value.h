@@ -114,7 +114,15 @@ public:
     static std::string_view kindName(Kind kind) noexcept;
 
     // --- Reading (nil answers with the empty result; another kind raises) ------------------------
-    std::string_view string() const;
+    std::string_view string() const {
+        if (isString()) {
+            const unsigned low = tag() & 15U;
+            if (low != kSharedText) return {reinterpret_cast<const char*>(bytes_), low};
+            return static_cast<const BytesBlock*>(block())->view();
+        }
+        if (isNil()) return {};
+        refuse("its text");
+    }
     std::size_t length() const { return string().size(); }  // in bytes of UTF-8
     Bytes bytes() const;
     Date date() const;
@@ -158,7 +166,16 @@ private:
 
         bool shared() const noexcept { return holders.load(std::memory_order_acquire) != 1; }
     };
-    struct BytesBlock;
+    // A text or data: the bytes follow the header.
+    struct BytesBlock : Block {
+        std::size_t size = 0;
+
+        char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
+        std::string_view view() const noexcept {
+            return {reinterpret_cast<const char*>(this + 1), size};
+        }
+        static BytesBlock* make(const void* bytes, std::size_t size);
+    };
     struct ArrayBlock;
     struct DictionaryBlock;
 
