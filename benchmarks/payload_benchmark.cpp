@@ -3,12 +3,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstddef>
 #include <fstream>
 #include <string>
 
 #include "adapters/json/json_text.h"
-#include "adapters/memory/memory_dispatch.h"
+#include "adapters/memory/memory_platform.h"
 #include "benchmarks/ratios.h"
 #include "tavrolin/foundation/keyed_archive.h"
 #include "tavrolin/payload/notification_parser.h"
@@ -73,35 +72,13 @@ void archiveToModel(benchmark::State& state) {
 }
 BENCHMARK(archiveToModel);
 
-// Parsing asks for the time and nothing else; the other ports are addresses only.
-void installPorts() {
-    static adapters::memory::MemoryDispatch dispatch;
-    static std::max_align_t nothing;
-    platform::Platform ports;
-    const auto none = [&](auto*& port) {
-        port = reinterpret_cast<std::remove_reference_t<decltype(port)>>(&nothing);
-    };
-    ports.dispatch = &dispatch;
-    none(ports.application);
-    none(ports.attachments);
-    none(ports.bundles);
-    none(ports.files);
-    none(ports.imageDecoder);
-    none(ports.json);
-    none(ports.logSink);
-    none(ports.preferences);
-    none(ports.recordStores);
-    none(ports.urlSession);
-    none(ports.notificationCenter);
-    platform::install(ports);
-}
-
 }  // namespace
 }  // namespace tavrolin
 
 int main(int argc, char** argv) {
     using namespace tavrolin;
-    installPorts();
+    adapters::memory::MemoryPlatform memory;
+    platform::install(memory.platform());
     const int status = benchmarks::runWithRatios(argc, argv,
                                                  {{"textToModel", "otherReader", 0.2},
                                                   {"modelToDictionary", "otherReader", 0.05},

@@ -15,6 +15,17 @@
 
 namespace tavrolin::foundation {
 
+namespace {
+
+template <class T>
+T load(const std::uint8_t* bytes) noexcept {
+    T result;
+    std::memcpy(&result, bytes, sizeof result);
+    return result;
+}
+
+}  // namespace
+
 // --- Blocks -----------------------------------------------------------------------------------
 
 Value::BytesBlock* Value::BytesBlock::make(const void* bytes, std::size_t size) {
@@ -103,8 +114,13 @@ struct Value::DictionaryBlock : Block {
     // The same for a key that lies inside its Value: such are equal when their 16 bytes are.
     Entry* findShort(const Value& key) noexcept {
         if (!index.empty()) return find(key.string());
+        const auto head = load<std::uint64_t>(key.bytes_);
+        const auto tail = load<std::uint64_t>(key.bytes_ + 8);
         for (Entry& entry : std::span(first(), size)) {
-            if (std::memcmp(entry.key.bytes_, key.bytes_, sizeof key.bytes_) == 0) return &entry;
+            if (load<std::uint64_t>(entry.key.bytes_) == head &&
+                load<std::uint64_t>(entry.key.bytes_ + 8) == tail) {
+                return &entry;
+            }
         }
         return nullptr;
     }
@@ -122,17 +138,6 @@ struct Value::DictionaryBlock : Block {
 };
 
 // --- The 16 bytes -----------------------------------------------------------------------------
-
-namespace {
-
-template <class T>
-T load(const std::uint8_t* bytes) noexcept {
-    T result;
-    std::memcpy(&result, bytes, sizeof result);
-    return result;
-}
-
-}  // namespace
 
 void Value::setScalar(Kind kind, std::int64_t number) noexcept {
     std::memcpy(bytes_, &number, sizeof number);

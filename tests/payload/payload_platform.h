@@ -2,14 +2,13 @@
 
 #include <stdlib.h>
 
-#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "adapters/memory/memory_dispatch.h"
+#include "adapters/memory/memory_platform.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/foundation/json.h"
 #include "tavrolin/foundation/value.h"
@@ -80,38 +79,22 @@ private:
     std::filesystem::path root_;
 };
 
-/// A port that no test here touches: an address, nothing more.
-template <class Port>
-Port* untouched() {
-    static std::max_align_t nothing;
-    return reinterpret_cast<Port*>(&nothing);
-}
-
 /// The ports that payload handling uses; the clock stands at 2026-11-24T09:30:00 UTC.
 struct PayloadPlatform {
     static constexpr std::string_view kNow = "2026-11-24T09:30:00";
 
     PayloadPlatform() {
-        platform::Platform ports;
-        ports.application = untouched<platform::Application>();
-        ports.attachments = untouched<platform::Attachments>();
-        ports.bundles = untouched<platform::Bundles>();
-        ports.dispatch = &dispatch;
+        platform::Platform ports = memory.platform();
         ports.files = &files;
-        ports.imageDecoder = untouched<platform::ImageDecoder>();
-        ports.json = untouched<platform::JSONText>();
         ports.logSink = &log;
-        ports.preferences = untouched<platform::PreferencesSuites>();
-        ports.recordStores = untouched<platform::RecordStores>();
-        ports.urlSession = untouched<platform::URLSession>();
-        ports.notificationCenter = untouched<platform::UserNotificationCenter>();
         platform::install(ports);
+        memory.dispatch.advance(foundation::secondsBetween(memory.dispatch.now(), {1'795'512'600}));
     }
 
     /// What was logged since the last time.
     std::vector<std::string> takeLog() { return std::exchange(log.lines, {}); }
 
-    adapters::memory::MemoryDispatch dispatch{foundation::Date{1'795'512'600}};
+    adapters::memory::MemoryPlatform memory;
     RecordingLogSink log;
     FolderFiles files;
 };
