@@ -1,9 +1,8 @@
 #include "adapters/curl/curl_url_session.h"
 
-#include <signal.h>
-
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
@@ -13,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/curl/session_error.h"
 #include "adapters/curl/temporary_file.h"
 #include "adapters/curl/transfer.h"
 

@@ -24,12 +24,6 @@ public:
     /// The most bytes of a body that can be of use, by the URL that was asked for.
     using SizeLimit = std::function<std::uint64_t(const foundation::URL&)>;
 
-    // Codes of this session's own errors; libcurl's own codes are positive.
-    static constexpr std::int64_t kCancelled = -999;
-    static constexpr std::int64_t kUnsupportedURL = -1002;
-    static constexpr std::int64_t kTimedOut = -1001;
-    static constexpr std::int64_t kTooLarge = -1103;
-
     struct Configuration {
         std::string temporaryDirectory;  // for downloads; must exist
         SizeLimit sizeLimit;             // absent: no limit
@@ -38,7 +32,7 @@ public:
 
     /// The dispatch must outlive the session.
     CurlURLSession(platform::Dispatch& dispatch, Configuration configuration);
-    /// Cancels what is under way. Must not be called from a completion.
+    /// Cancels what is under way.
     ~CurlURLSession() override;
 
     std::shared_ptr<platform::URLSessionTask> dataTask(platform::URLRequest request,

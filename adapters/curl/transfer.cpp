@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include "adapters/curl/curl_url_session.h"
+#include "adapters/curl/session_error.h"
 
 namespace tavrolin::adapters::curl {
 
@@ -27,10 +27,6 @@ bool isClean(std::string_view text) {
 }
 
 }  // namespace
-
-foundation::Error sessionError(std::int64_t code, std::string description) {
-    return {"CurlURLSession", code, std::move(description)};
-}
 
 Transfer::~Transfer() {
     release();
@@ -57,7 +53,7 @@ void Transfer::set(CURLoption option, Argument argument) {
 foundation::Failure Transfer::prepare(const CurlLibrary& library, const Trust& trust) {
     const std::string_view scheme = request_.url.scheme();
     if (!equalsIgnoringCase(scheme, "http") && !equalsIgnoringCase(scheme, "https")) {
-        return sessionError(CurlURLSession::kUnsupportedURL, "unsupported URL");
+        return sessionError(kUnsupportedURL, "unsupported URL");
     }
     library_ = &library;
     handle_ = library.easyInit();
@@ -131,7 +127,7 @@ foundation::Failure Transfer::setHeaders() {
             return sessionError(CURLE_BAD_FUNCTION_ARGUMENT, "a header that can't be sent");
         }
         // A header without a value is written with a semicolon, as libcurl wants it.
-        isComplete &= addHeader(value.empty() ? name + ";" : name + ": " + value);
+        isComplete &= addHeader(std::string(name).append(value.empty() ? ";" : ": ").append(value));
     }
     if (request_.cachePolicy == platform::CachePolicy::reloadIgnoringLocalAndRemoteCacheData &&
         !hasHeader("Cache-Control")) {
@@ -169,9 +165,8 @@ std::size_t Transfer::received(char* bytes, std::size_t size, std::size_t count,
     self.progress();
     const std::size_t length = size * count;
     self.size_ += length;
-    self.failure_ = self.size_ > self.limit_
-                        ? sessionError(CurlURLSession::kTooLarge, "more than could be of use")
-                        : self.body_->append({bytes, length});
+    self.failure_ = self.size_ > self.limit_ ? sessionError(kTooLarge, "more than could be of use")
+                                             : self.body_->append({bytes, length});
     // Any number but the length stops the transfer.
     return self.failure_ ? length + 1 : length;
 }
@@ -183,7 +178,7 @@ std::size_t Transfer::receivedHeader(char* /*bytes*/, std::size_t size, std::siz
     const std::size_t length = size * count;
     self.headerSize_ += length;
     if (self.headerSize_ <= kHeaderLimit) return length;
-    self.failure_ = sessionError(CurlURLSession::kTooLarge, "too many headers");
+    self.failure_ = sessionError(kTooLarge, "too many headers");
     return length + 1;
 }
 
@@ -193,14 +188,14 @@ int Transfer::connected(void* transfer, char*, char*, int, int) {
 }
 
 foundation::Failure Transfer::timedOut() const {
-    return sessionError(CurlURLSession::kTimedOut, "nothing arrived in time");
+    return sessionError(kTimedOut, "nothing arrived in time");
 }
 
 foundation::Failure Transfer::result(CURLcode code) const {
     if (failure_) return failure_;
     if (code == CURLE_OK) return std::nullopt;
     if (code == CURLE_FILESIZE_EXCEEDED) {
-        return sessionError(CurlURLSession::kTooLarge, "more than could be of use");
+        return sessionError(kTooLarge, "more than could be of use");
     }
     return sessionError(code, message_[0] != '\0' ? message_ : library_->easyStrerror(code));
 }

@@ -23,8 +23,6 @@ public:
                           foundation::Failure error) = 0;
 };
 
-foundation::Error sessionError(std::int64_t code, std::string description);
-
 /// One request and its answer as they pass through libcurl. Used on the session's thread only, but
 /// for the constructor.
 class Transfer {

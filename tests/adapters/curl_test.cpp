@@ -14,6 +14,7 @@
 
 #include "adapters/asio/asio_dispatch.h"
 #include "adapters/curl/curl_url_session.h"
+#include "adapters/curl/session_error.h"
 #include "tavrolin/foundation/expected.h"
 #include "tests/support/http_server.h"
 
@@ -217,7 +218,7 @@ TEST_F(CurlTest, GivesUpAfterTheTimeOutWithoutProgressOnly) {
     server.reply("/silent", {.fault = Fault::silence});
     const Outcome silent = downloaded(server.url("/silent"));
     ASSERT_TRUE(silent.error);
-    EXPECT_EQ(silent.error->code, CurlURLSession::kTimedOut);
+    EXPECT_EQ(silent.error->code, adapters::curl::kTimedOut);
 
     // Five answers that each take less than the time-out, together longer than it.
     for (int i = 0; i < 5; ++i) {
@@ -300,7 +301,7 @@ TEST_F(CurlTest, CompletesOnceOnAnotherThreadWhenCancelledAtAnyTime) {
     for (const Outcome* outcome : {&before, &during}) {
         EXPECT_EQ(outcome->completions, 1);
         ASSERT_TRUE(outcome->error);
-        EXPECT_EQ(outcome->error->code, CurlURLSession::kCancelled);
+        EXPECT_EQ(outcome->error->code, adapters::curl::kCancelled);
         EXPECT_NE(outcome->thread, std::this_thread::get_id());
     }
     EXPECT_EQ(after.completions, 1);
@@ -320,7 +321,7 @@ TEST_F(CurlTest, CompletesWhatIsUnderWayWhenTheSessionEnds) {
     for (const Outcome* outcome : {&open, &late}) {
         EXPECT_EQ(outcome->completions, 1);
         ASSERT_TRUE(outcome->error);
-        EXPECT_EQ(outcome->error->code, CurlURLSession::kCancelled);
+        EXPECT_EQ(outcome->error->code, adapters::curl::kCancelled);
     }
 }
 
