@@ -9,7 +9,14 @@ MemoryPlatform::MemoryPlatform()
       imageDecoder(files),
       attachments(files),
       notificationCenter(dispatch),
-      application(dispatch) {}
+      application(dispatch) {
+    // Downloads get their lasting names where they lie.
+    std::filesystem::path folder;
+    for (const auto& name : std::filesystem::temp_directory_path()) {
+        folder /= name;
+        if (!files.fileExists(folder.string())) files.createDirectory(folder.string());
+    }
+}
 
 platform::Platform MemoryPlatform::platform() {
     return {.application = &application,
