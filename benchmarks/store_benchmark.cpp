@@ -120,16 +120,18 @@ public:
     }
 
     void add() {
+        payload_->cvnPayload->trid = identifiers_.next();
         // A context each, as in the library: background tasks get one of their own.
         const auto context = container_->newBackgroundContext();
         const auto record = CVNPushNotificationPersistenceService::addNotificationWithPayload(
-            payload(identifiers_.next()), 2, 0, context);
+            payload_, 2, 0, context);
         if (!record || record->objectID() == 0) fail("not added");
     }
 
 private:
     std::unique_ptr<tavrolin::platform::PersistentContainer> container_;
     Identifiers identifiers_;
+    Ref<CVNNotificationPayloadModel> payload_ = payload({});
 };
 
 class Bare {
@@ -149,7 +151,8 @@ public:
     }
 
     void add() {
-        const std::vector<Value> values = row(identifiers_.next());
+        values_[0] = identifiers_.next();
+        const std::vector<Value>& values = values_;
         step(begin_, SQLITE_DONE);
         const auto id = values[0].string();
         check(sqlite3_bind_text(find_, 1, id.data(), static_cast<int>(id.size()), SQLITE_STATIC));
@@ -198,6 +201,7 @@ private:
     sqlite3* database_ = nullptr;
     sqlite3_stmt *begin_ = nullptr, *commit_ = nullptr, *find_ = nullptr, *insert_ = nullptr;
     Identifiers identifiers_;
+    std::vector<Value> values_ = row({});  // archived beforehand: only the store's add archives
 };
 
 struct Contenders {
