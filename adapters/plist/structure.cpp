@@ -27,14 +27,25 @@ std::size_t endOfMarkup(std::string_view text, std::size_t at) {
 }  // namespace
 
 bool xmlIsWithinBounds(std::string_view text) {
+    // A text with a NUL in it ends the process later on, as a key.
+    if (text.find('\0') != std::string_view::npos) return false;
     int depth = 0;
     unsigned long values = 0;
     for (std::size_t at = text.find('<'); at != std::string_view::npos;) {
         const std::size_t end = endOfMarkup(text, at);
         const std::string_view tag = text.substr(at, end - at);
-        if (tag.starts_with("</")) {
-            --depth;
-        } else if (!tag.starts_with("<!") && !tag.starts_with("<?")) {
+        if (tag.starts_with("<!")) {
+            // Declarations inside could hide what is nested, and no property list has them.
+            if (tag.starts_with("<!DOCTYPE") && tag.find('[') != std::string_view::npos)
+                return false;
+        } else if (tag.starts_with("</")) {
+            if (depth > 0) --depth;
+        } else if (!tag.starts_with("<?")) {
+            // Attributes could hide an end, and only the list's own element has one.
+            if (!tag.starts_with("<plist") && tag.find_first_of("\"'") != std::string_view::npos) {
+                return false;
+            }
+            if (tag.starts_with("<plist") && values > 0) return false;
             ++values;
             if (!tag.ends_with("/>")) ++depth;
         }
@@ -84,17 +95,12 @@ public:
         if (!at || *at >= table_) return std::nullopt;
         const unsigned kind = byte(*at) >> 4U;
         if (kind != 0xA && kind != 0xC && kind != 0xD) return std::vector<std::size_t>();
-        std::size_t length = byte(*at) & 15U;
-        std::size_t next = *at + 1;
-        if (length == 15) {
-            const unsigned marker = byte(next);
-            const std::size_t size = std::size_t{1} << (marker & 15U);
-            const auto large = size <= 8 ? number(next + 1, size) : std::nullopt;
-            if (marker >> 4U != 1 || !large) return std::nullopt;
-            length = *large;
-            next += 1 + size;
-        }
-        if (kind == 0xD) length *= 2;  // keys, then values
+        const auto contents = contentsAt(*at);
+        if (!contents || contents->length > kMostValues) return std::nullopt;
+        const std::size_t next = contents->next;
+        std::size_t length = contents->length;
+        const std::size_t keys = kind == 0xD ? length : 0;
+        length += keys;  // keys, then values
         if (length > kMostValues || next > table_ || length * referenceSize_ > table_ - next) {
             return std::nullopt;
         }
@@ -103,12 +109,47 @@ public:
         for (std::size_t i = 0; i < length; ++i) {
             const auto reference = number(next + i * referenceSize_, referenceSize_);
             if (!reference || *reference >= count_) return std::nullopt;
+            if (i < keys && !isKey(*reference)) return std::nullopt;
             result.push_back(*reference);
         }
         return result;
     }
 
 private:
+    // A text without a NUL, at which the library ends the process.
+    bool isKey(std::size_t object) const {
+        const auto at = number(table_ + object * offsetSize_, offsetSize_);
+        if (!at || *at >= table_) return false;
+        const unsigned kind = byte(*at) >> 4U;
+        if (kind != 5 && kind != 6) return false;  // ASCII, or UTF-16
+        const auto contents = contentsAt(*at);
+        const std::size_t width = kind - 4;
+        if (!contents || contents->next > table_ ||
+            contents->length > (table_ - contents->next) / width) {
+            return false;
+        }
+        for (std::size_t i = 0; i < contents->length; ++i) {
+            if (*number(contents->next + i * width, width) == 0) return false;
+        }
+        return true;
+    }
+
+    struct Contents {
+        std::size_t length = 0;  // in characters or references
+        std::size_t next = 0;    // where they begin
+    };
+
+    // What follows an object's marker: a length above 14 is an integer of its own.
+    std::optional<Contents> contentsAt(std::size_t at) const {
+        Contents result{byte(at) & 15U, at + 1};
+        if (result.length != 15) return result;
+        const unsigned marker = byte(result.next);
+        const std::size_t size = std::size_t{1} << (marker & 15U);
+        const auto large = size <= 8 ? number(result.next + 1, size) : std::nullopt;
+        if (marker >> 4U != 1 || !large) return std::nullopt;
+        return Contents{*large, result.next + 1 + size};
+    }
+
     unsigned byte(std::size_t at) const {
         return at < bytes_.size() ? static_cast<unsigned char>(bytes_[at]) : 0;
     }
