@@ -150,12 +150,15 @@ int run(int argc, char** argv) {
                  "tavrolin");
     app.set_version_flag("--version", "tavrolin 3.5.7");
     app.add_option("--device", arguments.device,
-                   "the device's folder (default: $TAVROLIN_DEVICE, else the user's state folder)");
+                   "the device's folder (default: $TAVROLIN_DEVICE, else the user's state folder)")
+        ->take_last();
     app.add_option("--time", arguments.time,
                    "real: delays take their time; jump: the clock moves to the next timer")
-        ->check(CLI::IsMember({"real", "jump"}));
+        ->check(CLI::IsMember({"real", "jump"}))
+        ->take_last();
     app.add_option("--log", arguments.logLevel,
-                   "the log threshold, 0 (all) to 9; lines go to standard error (default 4)");
+                   "the log threshold, 0 (all) to 9; lines go to standard error (default 4)")
+        ->take_last();
     app.add_flag("--json", arguments.json, "print JSON, for scripts");
     app.require_subcommand(1);
     app.fallthrough();

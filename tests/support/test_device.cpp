@@ -112,6 +112,9 @@ pid_t RunningProgram::child() const {
         std::ifstream children("/proc/" + pid + "/task/" + pid + "/children");
         pid_t child = 0;
         if (children >> child) return child;
+        siginfo_t info{};
+        waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
+        if (info.si_pid == pid_) throw std::runtime_error("the program ended without a child");
     }
 }
 
