@@ -1,7 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
 
 #include "adapters/sqlite/sqlite_record_stores.h"
 #include "tavrolin/events/event_vocabulary.h"
@@ -280,11 +285,19 @@ protected:
 TEST_F(StoreOnDiskTest, ProcessesThatDeliverOneNotificationAtOnceLeaveOneRecord) {
     constexpr int kProcesses = 3;
     constexpr int kNotifications = 60;
+    // They meet before each one, so that each is contended for.
+    void* shared = mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE,
+                        MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    auto& arrived = *new (shared) std::atomic<int>(0);
     std::vector<pid_t> children;
     for (int p = 0; p < kProcesses; ++p) {
-        children.push_back(inProcess([](const Service::Context& context) {
+        children.push_back(inProcess([&](const Service::Context& context) {
             int added = 0;
             for (int i = 0; i < kNotifications; ++i) {
+                ++arrived;
+                while (arrived < kProcesses * (i + 1))
+                    std::this_thread::yield();
                 const auto payload = payloadWithTrid("t" + std::to_string(i));
                 added += Service::addNotificationWithPayload(payload, 2, 0, context) ? 1 : 0;
             }
