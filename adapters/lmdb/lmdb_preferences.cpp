@@ -72,7 +72,7 @@ Value textOf(Value::Bytes archive) {
         if (archive.size() != head + size) return Value();
         return Value(std::string_view(reinterpret_cast<const char*>(archive.data()) + head, size));
     };
-    if (archive.size() >= 1 && archive[0] >= 0x60 && archive[0] < 0x78) {
+    if (!archive.empty() && archive[0] >= 0x60 && archive[0] < 0x78) {
         return text(1, archive[0] - 0x60U);
     }
     if (archive.size() >= 2 && archive[0] == 0x78) return text(2, archive[1]);
