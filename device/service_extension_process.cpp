@@ -91,8 +91,7 @@ public:
     void operator()(const platform::NotificationContent& content) {
         channel_.send(Value::dictionary({{kMessageContent, valueOf(content)},
                                          {kMessageAt, dispatch_.now()},
-                                         {kMessageExpired, hasExpired_.load()},
-                                         {kMessagePeakRSS, peakRSS()}}));
+                                         {kMessageExpired, hasExpired_.load()}}));
         isDone_ = true;
         const std::lock_guard lock(mutex_);
         pending_.reset();
@@ -113,6 +112,7 @@ void keepMemorySmall() {
     // One arena a thread costs more than the few threads of an extension gain from it.
     mallopt(M_ARENA_MAX, 2);
     mallopt(M_TRIM_THRESHOLD, 256 * 1024);
+    mallopt(M_TOP_PAD, 512 * 1024);
     mallopt(M_MMAP_THRESHOLD, 256 * 1024);
 }
 
@@ -137,7 +137,6 @@ void serve(Channel& channel, const Value& message) {
     CVNPushCorvalenHandler::sharedInstance().setCorvalenAdapter(
         std::make_shared<CoreSDK>(platform.systemState(), dispatch, platform.json()));
 
-    const Heartbeat heartbeat(channel, dispatch);
     HandBack handBack(channel, dispatch);
     SampleServiceExtension extension;
     dispatch.deadlineMain(kBudget, [&] {
@@ -153,6 +152,7 @@ void serve(Channel& channel, const Value& message) {
         extension.didReceiveNotificationRequest(
             request, [&](const platform::NotificationContent& content) { handBack(content); });
     });
+    const Heartbeat heartbeat(channel, dispatch);
     dispatch.runMainUntilIdle();
     channel.send(Value::dictionary({{kMessageEnd, dispatch.now()}, {kMessagePeakRSS, peakRSS()}}));
     // Work that hangs must not keep the process: what counts is on disk, and nothing is unwound.

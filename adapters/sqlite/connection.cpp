@@ -21,6 +21,21 @@ using platform::StoreErrorCode;
 
 namespace {
 
+// The log is written back when it is this long. Whoever opens a store that nobody has open reads
+// the log first, and every push starts a process that does; so the first commit of a connection
+// keeps the log short, while one that goes on writing is not slowed down.
+constexpr int kLongLog = 1000;
+constexpr int kLongLogAtFirst = 64;
+
+int didCommit(void* commits, sqlite3* database, const char* name, int pages) {
+    const bool isFirst = ++*static_cast<std::uint64_t*>(commits) == 1;
+    if (pages >= (isFirst ? kLongLogAtFirst : kLongLog)) {
+        // Passive: what others still read stays. A failure costs nothing but the log's length.
+        sqlite3_wal_checkpoint_v2(database, name, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    }
+    return SQLITE_OK;
+}
+
 constexpr std::size_t kKeptStatements = 64;
 
 bool saysFull(int systemError) {
@@ -206,6 +221,7 @@ Expected<std::unique_ptr<Connection>> Connection::open(const std::string& path, 
     if (handle == nullptr) return storeError(StoreErrorCode::other, "out of memory");
     if (result != SQLITE_OK) return errorOf(handle);
     sqlite3_busy_handler(handle, waitForOther, nullptr);
+    sqlite3_wal_hook(handle, didCommit, &connection->commits_);
     // The file may come from anybody: nothing that is stored in it is run.
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);

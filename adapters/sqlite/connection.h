@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -74,6 +75,7 @@ private:
     explicit Connection(sqlite3* database) : database_(database) {}
 
     std::unique_ptr<sqlite3, Closer> database_;
+    std::uint64_t commits_ = 0;
     std::map<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>, std::less<>> statements_;
 };
 
