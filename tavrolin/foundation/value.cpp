@@ -45,6 +45,8 @@ struct Value::ArrayBlock : Block {
 struct Value::DictionaryBlock : Block {
     std::uint32_t size = 0;
     std::uint32_t capacity = 0;
+    // A bit for each key that was ever added: most keys that are absent are known so at once.
+    std::uint64_t marks = 0;
     // Above `kIndexFrom` entries: positions + 1 by hash, open addressing, a power of two in size.
     std::vector<std::uint32_t> index;
 
@@ -72,6 +74,7 @@ struct Value::DictionaryBlock : Block {
             std::uninitialized_copy_n(block->first(), block->size, larger->first());
         }
         larger->size = block->size;
+        larger->marks = block->marks;
         larger->index = own ? std::move(block->index) : block->index;
         if (own) destroy(block);
         return larger;
@@ -81,6 +84,20 @@ struct Value::DictionaryBlock : Block {
         std::destroy_n(block->first(), block->size);
         block->~DictionaryBlock();
         std::free(block);
+    }
+
+    static std::uint64_t mark(std::uint64_t head, std::uint64_t tail) noexcept {
+        const std::uint64_t mixed = (head ^ tail * 0x9E3779B97F4A7C15U) * 0xD6E8FEB86659FD93U;
+        return std::uint64_t{1} << (mixed >> 58U);
+    }
+    // Of a key that is too long to lie inside its Value.
+    static std::uint64_t markOfLong(std::string_view key) noexcept {
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(key.data());
+        return mark(load<std::uint64_t>(bytes), load<std::uint64_t>(bytes + key.size() - 8));
+    }
+    static std::uint64_t markOf(const Value& key) noexcept {
+        if (key.hasBlock()) return markOfLong(key.string());
+        return mark(load<std::uint64_t>(key.bytes_), load<std::uint64_t>(key.bytes_ + 8));
     }
 
     std::size_t slotOf(std::string_view key) const noexcept {
@@ -100,7 +117,10 @@ struct Value::DictionaryBlock : Block {
             index[slotOf(first()[i].key.string())] = i + 1;
     }
 
-    // Null when the key is absent.
+    // Null when the key, which is too long to lie inside its Value, is absent.
+    Entry* findLong(std::string_view key) noexcept {
+        return (marks & markOfLong(key)) == 0 ? nullptr : find(key);
+    }
     Entry* find(std::string_view key) noexcept {
         if (!index.empty()) {
             const std::uint32_t position = index[slotOf(key)];
@@ -116,6 +136,7 @@ struct Value::DictionaryBlock : Block {
         if (!index.empty()) return find(key.string());
         const auto head = load<std::uint64_t>(key.bytes_);
         const auto tail = load<std::uint64_t>(key.bytes_ + 8);
+        if ((marks & mark(head, tail)) == 0) return nullptr;
         for (Entry& entry : std::span(first(), size)) {
             if (load<std::uint64_t>(entry.key.bytes_) == head &&
                 load<std::uint64_t>(entry.key.bytes_ + 8) == tail) {
@@ -127,6 +148,7 @@ struct Value::DictionaryBlock : Block {
 
     // There must be room.
     void add(Value key, Value value) {
+        marks |= markOf(key);
         new (first() + size) Entry{std::move(key), std::move(value)};
         ++size;
         if (index.empty() ? size > kIndexFrom : std::size_t{size} * 2 > index.size()) {
@@ -394,7 +416,7 @@ const Value& Value::nil() noexcept {
 
 const Value& Value::lookUp(std::string_view key) const {
     if (isDictionary()) {
-        const Entry* entry = static_cast<DictionaryBlock*>(block())->find(key);
+        const Entry* entry = static_cast<DictionaryBlock*>(block())->findLong(key);
         return entry == nullptr ? nil() : entry->value;
     }
     if (isNil()) return nil();
@@ -478,7 +500,7 @@ void Value::set(Value key, Value value) {
     }
     auto* dictionary = isDictionary() ? static_cast<DictionaryBlock*>(block()) : nullptr;
     if (dictionary == nullptr || dictionary->shared()) dictionary = &mutableDictionary(0);
-    Entry* entry = key.hasBlock() ? dictionary->find(key.string()) : dictionary->findShort(key);
+    Entry* entry = key.hasBlock() ? dictionary->findLong(key.string()) : dictionary->findShort(key);
     if (entry != nullptr) {
         entry->value = std::move(value);
         return;
