@@ -61,6 +61,10 @@ bool Channel::fill(std::uint8_t* bytes, std::size_t size, double seconds, Receiv
         const int ready =
             poll(&waiting, 1, static_cast<int>(std::max<std::int64_t>(0, left.count())));
         if (ready < 0 && errno == EINTR) continue;
+        if (ready < 0) {
+            outcome = Received::closed;
+            return false;
+        }
         if (ready == 0) {
             outcome = Received::silence;
             return false;

@@ -1,9 +1,9 @@
 #include "device/device.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <filesystem>
-#include <set>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -12,6 +12,7 @@
 #include "device/core_sdk.h"
 #include "device/device_error.h"
 #include "device/process_platform.h"
+#include "device/run_folder.h"
 #include "device/tray_center.h"
 #include "tavrolin/payload/notification_parser.h"
 #include "tavrolin/payload/payload_keys.h"
@@ -64,6 +65,17 @@ T orFail(foundation::Expected<T> result, const std::string& what) {
     return std::move(*result);
 }
 
+// Whether something is there to be read; what can't be looked at is no absence.
+bool exists(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found && error != std::errc::not_a_directory) {
+        return false;
+    }
+    if (error) throw DeviceError("can't look at " + path + ": " + error.message());
+    return true;
+}
+
 bool liesBelow(const fs::path& path, const std::string& folder) {
     const auto relative = path.lexically_relative(folder);
     return !relative.empty() && *relative.begin() != ".." && *relative.begin() != ".";
@@ -95,7 +107,7 @@ Value Device::parsePayload(std::string_view text, std::optional<std::size_t> lim
         throw DeviceError("the payload is no JSON: " + payload.error().localizedDescription);
     }
     if (!payload->isDictionary()) {
-        throw DeviceError("the payload must be a JSON object, but line 1 begins " +
+        throw DeviceError("the payload must be a JSON object, but it is " +
                           std::string(Value::kindName(payload->kind())));
     }
     if (limit) {
@@ -123,7 +135,7 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
                                   {"outcome", "silent"},
                                   {"fetchResult", Value::null()},
                                   {"replaced", Value::array()},
-                                  {"seconds", 0},
+                                  {"seconds", 0.0},
                                   {"peakRssKiB", Value::null()}});
     }
     if (isOne(aps[kPNMutableContent])) {
@@ -131,33 +143,40 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
     }
     const Date now = clock_.now();
     Value replaced = Value::array();
-    show(request, now, replaced);
+    show(request, now, {}, replaced);
     clock_.reach(now);
     return Value::dictionary({{"identifier", request.identifier},
                               {"recognised", isRecognised},
                               {"outcome", "untouched"},
                               {"content", valueOf(request.content)},
                               {"replaced", replaced},
-                              {"seconds", 0},
+                              {"seconds", 0.0},
                               {"peakRssKiB", Value::null()}});
 }
 
 Value Device::deliverThroughExtension(NotificationRequest request, bool isRecognised) {
     const Date start = clock_.now();
     const std::string run = randomIdentifier();
+    const RunFolder temporary(folder_.temporaryFolder(kExtension, run));
     ExtensionResult result = runServiceExtension(
         folder_, request, {options_.executable, options_.time, start, options_.logLevel, run});
     // A foreign push comes back as it went in; what it says then is the original, too.
     if (result.content && isRecognised) request.content = std::move(*result.content);
-    const std::string temporary = folder_.temporaryFolder(kExtension, run);
-    moveAttachments(request.content, temporary);
-    std::error_code error;
-    fs::remove_all(temporary, error);
 
     Value replaced = Value::array();
-    for (const std::string& removed : result.removed)
+    for (const std::string& removed : result.removed) {
         replaced.append(removed);
-    show(request, result.handedBackAt, replaced);
+        removeAttachments(removed);
+    }
+    const std::string kept = attachmentsOf(request.identifier) + "/" + run;
+    try {
+        moveAttachments(request.content, temporary.path(), kept);
+        show(request, result.handedBackAt, run, replaced);
+    } catch (...) {
+        std::error_code error;
+        fs::remove_all(kept, error);
+        throw;
+    }
     clock_.reach(std::max(result.endedAt, result.handedBackAt));
     const bool isUntouched = !isRecognised && result.outcome == ExtensionResult::Outcome::completed;
     return Value::dictionary(
@@ -170,9 +189,10 @@ Value Device::deliverThroughExtension(NotificationRequest request, bool isRecogn
          {"peakRssKiB", result.peakRSSKiB ? Value(*result.peakRSSKiB) : Value::null()}});
 }
 
-// The system takes handed-over files into its own storage. What lies elsewhere than in the
-// run's own folder, and what is no file, is not attached.
-void Device::moveAttachments(NotificationContent& content, const std::string& from) {
+// The system takes handed-over files into its own storage. What lies elsewhere than in the run's
+// own folder, and what is no file, is not attached.
+void Device::moveAttachments(NotificationContent& content, const std::string& from,
+                             const std::string& to) {
     std::vector<platform::Attachment> moved;
     for (const platform::Attachment& attachment : content.attachments) {
         std::error_code error;
@@ -181,9 +201,8 @@ void Device::moveAttachments(NotificationContent& content, const std::string& fr
             !fs::is_regular_file(fs::symlink_status(attachment.url.path(), error))) {
             continue;
         }
-        const std::string folder = folder_.attachments() + "/" + randomIdentifier();
-        const fs::path target = fs::path(folder) / file.filename();
-        if (!fs::create_directory(folder, error)) continue;
+        fs::create_directories(to, error);
+        const fs::path target = fs::path(to) / file.filename();
         fs::rename(file, target, error);
         if (error) continue;
         moved.push_back({attachment.identifier, foundation::URL::fileURLWithPath(target.string())});
@@ -191,14 +210,47 @@ void Device::moveAttachments(NotificationContent& content, const std::string& fr
     content.attachments = std::move(moved);
 }
 
-void Device::show(const NotificationRequest& request, Date at, Value& replaced) {
+void Device::show(const NotificationRequest& request, Date at, const std::string& run,
+                  Value& replaced) {
     const Value content = valueOf(request.content);
     const std::string text =
         orFail(platform_->json().serialise(jsonForm(content), platform::JSONText::Style::compact),
                "the notification can't be kept");
-    if (platform_->systemState().putOnTray({request.identifier, at, text})) {
-        replaced.append(request.identifier);
+    const bool replacedSame = platform_->systemState().putOnTray({request.identifier, at, text});
+    if (replacedSame) replaced.append(request.identifier);
+    if (replacedSame) {
+        // What the older one of the same identifier had lies beside the new one's files.
+        std::error_code error;
+        for (const auto& folder :
+             fs::directory_iterator(attachmentsOf(request.identifier), error)) {
+            if (folder.path().filename().string() != run) fs::remove_all(folder.path(), error);
+        }
     }
+}
+
+void Device::removeAttachments(const std::string& identifier) {
+    std::error_code error;
+    fs::remove_all(attachmentsOf(identifier), error);
+}
+
+// A folder for each request; an identifier is any text.
+std::string Device::attachmentsOf(const std::string& identifier) const {
+    static constexpr std::string_view kDigits = "0123456789abcdef";
+    constexpr std::size_t kLongest = 200;
+    std::string name;
+    for (const char c : identifier) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0 || c == '-') {
+            name += c;
+        } else {
+            name.append(1, '_').append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 15U]);
+        }
+    }
+    if (name.size() > kLongest) {
+        name =
+            name.substr(0, kLongest) + "_" + std::to_string(std::hash<std::string>()(identifier));
+    }
+    return folder_.attachments() + "/" + name;
 }
 
 // --- Looking ----------------------------------------------------------------------------------
@@ -222,6 +274,7 @@ Value Device::events() {
     Value result = Value::array();
     for (const CoreCall& call : platform_->systemState().calls(CoreSDK::kEvent)) {
         Value event = readJSON(call.arguments);
+        if (!event.isDictionary()) continue;  // a damaged record hides none of the others
         event.set("at", dateText(call.at));
         result.append(std::move(event));
     }
@@ -236,8 +289,7 @@ Value Device::store() {
     const std::string file =
         platform_->storeDirectory(kExtension) + "/Tavrolin/CorvalenPushDB.sqlite";
     Value result = Value::array();
-    std::error_code error;
-    if (!fs::exists(file, error)) return result;
+    if (!exists(file)) return result;
     const platform::ManagedObjectModel model{{CorvalenPushNotificationEvent::entityDescription()}};
     platform::StoreDescription description{foundation::URL::fileURLWithPath(file)};
     description.isReadOnly = true;
@@ -263,8 +315,7 @@ Value Device::store() {
 Value Device::preferences() {
     const Value group = platform_->appGroup();
     const auto folder = group ? folder_.groupPreferences(group.string()) : std::nullopt;
-    std::error_code error;
-    if (!folder || !fs::exists(*folder, error)) return Value::dictionary();
+    if (!folder || !exists(*folder) || fs::is_empty(*folder)) return Value::dictionary();
     const auto suite = orFail(platform_->preferences().suite(group.string()),
                               "can't read the preferences of " + group.description());
     return jsonForm(suite->dictionaryRepresentation());

@@ -56,9 +56,13 @@ public:
 private:
     foundation::Value deliverThroughExtension(platform::NotificationRequest request,
                                               bool isRecognised);
-    void moveAttachments(platform::NotificationContent& content, const std::string& from);
+    void moveAttachments(platform::NotificationContent& content, const std::string& from,
+                         const std::string& to);
+    void removeAttachments(const std::string& identifier);
+    std::string attachmentsOf(const std::string& identifier) const;
+    /// Puts the request on the tray; `run` names the folder of its own attachments.
     void show(const platform::NotificationRequest& request, foundation::Date at,
-              foundation::Value& replaced);
+              const std::string& run, foundation::Value& replaced);
     foundation::Value readJSON(const std::string& text) const;
 
     DeviceOptions options_;

@@ -103,14 +103,18 @@ void makePrivate(const std::string& folder) {
     }
 }
 
+// Complete or not there at all: another command may read it meanwhile.
 void writeIfMissing(const std::string& path, std::string_view text) {
     std::error_code error;
     if (fs::exists(path, error)) return;
-    std::ofstream file(path, std::ios::binary);
+    const std::string temporary = path + "." + randomIdentifier();
+    std::ofstream file(temporary, std::ios::binary);
     file << text;
     file.close();
     if (!file) fail("write", path, std::generic_category().message(errno));
-    chmod(path.c_str(), 0600);
+    chmod(temporary.c_str(), 0600);
+    fs::rename(temporary, path, error);
+    if (error) fail("write", path, error.message());
 }
 
 }  // namespace
@@ -125,27 +129,38 @@ DeviceFolder::DeviceFolder(std::string_view root) {
 
 void DeviceFolder::make() const {
     std::error_code error;
-    if (fs::exists(clockFile(), error)) return;  // written last, below, and by every command
-    // Nobody's folder of other things becomes a device.
-    if (fs::exists(root_, error) && !fs::is_empty(root_, error) && !fs::exists(system(), error)) {
-        throw DeviceError(root_ +
-                          " holds something else than a device; choose another folder "
-                          "with --device");
+    if (fs::exists(app() + "/CorvalenConfig.plist", error) && fs::exists(attachments(), error)) {
+        return;  // made last
     }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        fail("look into", root_, error.message());
+    }
+    refuseOtherFolders();
     makePrivate(root_);
+    // The mark of a device comes first: several commands may make it at once.
+    makePrivate(system());
     for (const std::string& folder :
-         {app(), root_ + "/groups", root_ + "/containers", system(), attachments()}) {
+         {app(), root_ + "/groups", root_ + "/containers", attachments()}) {
         makePrivate(folder);
     }
     writeIfMissing(app() + "/Info.plist", kInfoPlist);
     writeIfMissing(app() + "/CorvalenConfig.plist", kConfigPlist);
 }
 
-void DeviceFolder::reset() const {
+// Nobody's folder of other things becomes a device, or is emptied as one.
+void DeviceFolder::refuseOtherFolders() const {
     std::error_code error;
-    if (fs::exists(root_, error) && !fs::is_empty(root_, error) && !fs::exists(system(), error)) {
-        throw DeviceError(root_ + " holds something else than a device and was left alone");
+    if (!fs::exists(root_, error) || fs::is_empty(root_, error) || fs::exists(system(), error)) {
+        return;
     }
+    throw DeviceError(root_ +
+                      " holds something else than a device and was left alone; choose "
+                      "another folder with --device");
+}
+
+void DeviceFolder::reset() const {
+    refuseOtherFolders();
+    std::error_code error;
     for (const char* part : {"app", "groups", "containers", "system"}) {
         fs::remove_all(root_ + "/" + part, error);
         if (error) fail("empty", root_ + "/" + part, error.message());

@@ -39,6 +39,8 @@ public:
     std::string clockFile() const { return system() + "/clock"; }
 
 private:
+    void refuseOtherFolders() const;
+
     std::string root_;
 };
 

@@ -112,11 +112,14 @@ private:
                 if (activity.integerValue() != activity_) lastMove_ = Clock::now();
                 activity_ = activity.integerValue();
             }
+            if (const Value& now = message[kMessageNow]) {
+                result_.endedAt = std::max(result_.endedAt, now.date());
+            }
             if (const Value& peak = message[kMessagePeakRSS]) {
                 result_.peakRSSKiB = peak.integerValue();
             }
             if (const Value& end = message[kMessageEnd]) {
-                result_.endedAt = std::max(end.date(), run_.start);
+                result_.endedAt = std::max(result_.endedAt, end.date());
                 hasEnded_ = true;
             }
         } catch (const foundation::Exception&) {
@@ -150,6 +153,7 @@ private:
             result_.handedBackAt = result_.endedAt;
         } else {
             result_.outcome = Outcome::crashed;
+            result_.handedBackAt = result_.endedAt;
         }
     }
 

@@ -23,6 +23,7 @@ inline constexpr std::string_view kMessageAt = "at";  // date: when content was 
 inline constexpr std::string_view kMessageExpired = "expired";     // boolean: its time had run out
 inline constexpr std::string_view kMessageRemoved = "removed";     // identifiers taken off the tray
 inline constexpr std::string_view kMessageActivity = "activity";   // integer: a sign of life
+inline constexpr std::string_view kMessageNow = "now";             // date: how far its clock is
 inline constexpr std::string_view kMessageEnd = "end";             // date: all its work is done
 inline constexpr std::string_view kMessagePeakRSS = "peakRssKiB";  // integer
 

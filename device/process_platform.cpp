@@ -59,10 +59,12 @@ struct ProcessPlatform::Adapters {
                       container + "/Library/Preferences"),
           session(dispatch, {temporary, adapters::media::maximumUsefulSize}) {}
 
-    // The system makes a group's container for whoever belongs to it.
+    // The system makes a group's container for whoever belongs to it. When it can't, opening the
+    // store in it says so.
     std::optional<std::string> sharedContainer(std::string_view group) const {
         auto path = folder.group(group);
-        if (path) makeFolder(*path);
+        std::error_code ignored;
+        if (path) fs::create_directories(*path, ignored);
         return path;
     }
 
@@ -133,11 +135,13 @@ SystemState& ProcessPlatform::systemState() {
 
 Value ProcessPlatform::appGroup() {
     try {
-        const Value group = adapters_->bundles.main()
-                                .infoDictionary()[kPlistCorvalenSettings][kPlistCorvalenAppGroup];
+        const Value info = adapters_->bundles.main().infoDictionary();
+        const Value& keys = info[kPlistCorvalenSettings];
+        const Value group = keys.isDictionary() ? keys[kPlistCorvalenAppGroup] : Value();
         return group.isString() && group.length() > 0 ? group : Value();
-    } catch (const foundation::Exception&) {
-        return {};
+    } catch (const foundation::Exception& exception) {
+        throw DeviceError("can't read the sample app's Info dictionary: " + exception.reason() +
+                          "; mend it there");
     }
 }
 

@@ -34,7 +34,8 @@ public:
     platform::JSONText& json();
     SystemState& systemState();
 
-    /// The app group that the sample app's Info dictionary names; nil when it names none.
+    /// The app group that the sample app's Info dictionary names; nil when it names none. Throws
+    /// DeviceError when the dictionary can't be read.
     foundation::Value appGroup();
     /// Where the app's notification store lies: in the app group's container, or without one among
     /// the documents of the process.

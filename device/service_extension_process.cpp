@@ -72,7 +72,8 @@ private:
     void run(Channel& channel, AsioDispatch& dispatch) {
         std::unique_lock lock(mutex_);
         while (!wake_.wait_for(lock, kHeartbeat, [this] { return stops_; })) {
-            channel.send(Value::dictionary({{kMessageActivity, dispatch.activity()}}));
+            channel.send(Value::dictionary(
+                {{kMessageActivity, dispatch.activity()}, {kMessageNow, dispatch.now()}}));
         }
     }
 

@@ -49,9 +49,27 @@ FetchRequest matching(const EntityDescription& entity, std::string_view format, 
     return request;
 }
 
+// What to do about it.
+std::string_view advice(const foundation::Error& error) {
+    using platform::StoreErrorCode;
+    switch (static_cast<StoreErrorCode>(error.code)) {
+        case StoreErrorCode::full:
+            return "make room on the disk";
+        case StoreErrorCode::readOnly:
+            return "see that its folder and files can be written";
+        case StoreErrorCode::busy:
+            return "try again";
+        case StoreErrorCode::unreadable:
+        case StoreErrorCode::foreign:
+            return "see that it can be read; if it is damaged, `tavrolin reset` empties the device";
+        default:
+            return "see that its folder can be used";
+    }
+}
+
 [[noreturn]] void fail(const foundation::Error& error) {
-    throw DeviceError("the device's system state: " + error.localizedDescription +
-                      "; `tavrolin reset` empties the device");
+    throw DeviceError("the device's system state: " + error.localizedDescription + "; " +
+                      std::string(advice(error)));
 }
 
 void check(const foundation::Failure& failure) {

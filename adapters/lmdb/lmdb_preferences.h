@@ -11,7 +11,7 @@
 namespace tavrolin::adapters::lmdb {
 
 /// Preferences in LMDB files, one a suite, shared by the processes that open them. A value is
-/// stored as its keyed archive, so it may be at most 64 levels deep.
+/// stored as its keyed archive, so it may be at most 1,024 levels deep.
 ///
 /// A suite's file is named after the suite with everything escaped that could lead out of its
 /// folder. Missing folders are made; folders and files can be read by their owner only. A process

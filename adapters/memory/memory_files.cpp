@@ -106,6 +106,12 @@ bool MemoryFiles::isDirectory(std::string_view path) const {
     return node != nullptr && node->isDirectory;
 }
 
+bool MemoryFiles::isReadableFile(std::string_view path) const {
+    const std::lock_guard lock(mutex_);
+    const Node* node = find(path);
+    return node != nullptr && !node->isDirectory;
+}
+
 std::optional<std::string> MemoryFiles::resolved(std::string_view path) const {
     const std::lock_guard lock(mutex_);
     if (find(path) == nullptr) return std::nullopt;

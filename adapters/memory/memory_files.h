@@ -28,6 +28,7 @@ public:
 
     bool fileExists(std::string_view path) const override;
     bool isDirectory(std::string_view path) const override;
+    bool isReadableFile(std::string_view path) const override;
     std::optional<std::string> resolved(std::string_view path) const override;
     foundation::Failure moveItem(std::string_view from, std::string_view to) override;
     foundation::Failure removeItem(std::string_view path) override;

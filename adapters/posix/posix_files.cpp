@@ -108,6 +108,12 @@ bool PosixFiles::isDirectory(std::string_view path) const {
            S_ISDIR(status.st_mode);
 }
 
+bool PosixFiles::isReadableFile(std::string_view path) const {
+    struct stat status {};
+    return isNamed(path) && stat(std::string(path).c_str(), &status) == 0 &&
+           S_ISREG(status.st_mode) && access(std::string(path).c_str(), R_OK) == 0;
+}
+
 std::optional<std::string> PosixFiles::resolved(std::string_view path) const {
     if (!isNamed(path)) return std::nullopt;
     char* resolved = realpath(std::string(path).c_str(), nullptr);

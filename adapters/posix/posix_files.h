@@ -20,6 +20,7 @@ public:
 
     bool fileExists(std::string_view path) const override;
     bool isDirectory(std::string_view path) const override;
+    bool isReadableFile(std::string_view path) const override;
     std::optional<std::string> resolved(std::string_view path) const override;
     /// Fails when something is at `to` already. Copies where a move is not possible.
     foundation::Failure moveItem(std::string_view from, std::string_view to) override;

@@ -165,6 +165,7 @@ private:
     enum class Content { current, older, empty };
 
     Expected<Content> content();
+    Expected<Content> contentInTransaction();
     Failure useWriteAheadLog();
     Failure update();
     Failure updateInTransaction();
@@ -196,7 +197,16 @@ Failure Schema::check() {
     return update();
 }
 
+// The answers must be of one moment: another process may be making the store meanwhile.
 Expected<Schema::Content> Schema::content() {
+    if (connection_.isInTransaction()) return contentInTransaction();
+    if (Failure failure = connection_.execute("BEGIN")) return *failure;
+    auto found = contentInTransaction();
+    if (Failure failure = connection_.execute("COMMIT"); failure && found) return *failure;
+    return found;
+}
+
+Expected<Schema::Content> Schema::contentInTransaction() {
     auto application = connection_.integer("PRAGMA application_id");
     if (!application) return application.error();
     auto version = connection_.integer("PRAGMA user_version");

@@ -1,7 +1,9 @@
 // The command line of the device: one command a run, as a person, the push service or the platform
 // would act.
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -33,10 +35,11 @@ constexpr int kNotDone = 1;
 constexpr int kWrongUsage = 2;
 
 // Far above every payload, and far below what would exhaust the machine.
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
 constexpr std::size_t kLargestInput = std::size_t{64} * 1024 * 1024;
 
 struct Arguments {
-    std::string device;
+    std::optional<std::string> device;
     std::string time = "real";
     int logLevel = 4;
     bool json = false;
@@ -48,7 +51,7 @@ struct Arguments {
 
     DeviceOptions options() const {
         DeviceOptions result;
-        result.folder = device.empty() ? tavrolin::device::defaultDeviceFolder() : device;
+        result.folder = device ? *device : tavrolin::device::defaultDeviceFolder();
         result.time =
             time == "jump" ? tavrolin::device::TimeMode::jump : tavrolin::device::TimeMode::real;
         result.logLevel = logLevel;
@@ -71,34 +74,48 @@ public:
         if (!file_) {
             throw DeviceError("can't read " + name + ": " + std::strerror(errno));
         }
+        struct stat status {};
+        if (stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+            throw DeviceError("can't read " + name + ": it is a folder");
+        }
     }
 
     std::string all() {
         std::string text;
-        std::string piece(std::size_t{64} * 1024, '\0');
+        std::string piece(kPiece, '\0');
         while (stream().read(piece.data(), static_cast<std::streamsize>(piece.size())),
                stream().gcount() > 0) {
             text.append(piece, 0, static_cast<std::size_t>(stream().gcount()));
-            if (text.size() > kLargestInput) {
-                throw DeviceError(name_ + " has more than " + std::to_string(kLargestInput) +
-                                  " bytes, which no payload has");
-            }
+            refuseMoreThan(text.size());
         }
-        if (stream().bad() || (file_.is_open() && text.empty() && isFolder())) {
-            throw DeviceError("can't read " + name_);
-        }
+        refuseBroken();
         return text;
     }
 
-    bool line(std::string& text) { return static_cast<bool>(std::getline(stream(), text)); }
+    // False at the end.
+    bool line(std::string& text) {
+        text.clear();
+        int c = 0;
+        while ((c = stream().get()) != std::char_traits<char>::eof()) {
+            if (c == '\n') return true;
+            text += static_cast<char>(c);
+            refuseMoreThan(text.size());
+        }
+        refuseBroken();
+        return !text.empty();
+    }
 
 private:
     std::istream& stream() {
         return file_.is_open() ? static_cast<std::istream&>(file_) : std::cin;
     }
-    bool isFolder() const {
-        struct stat status {};
-        return stat(name_.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    void refuseMoreThan(std::size_t size) const {
+        if (size <= kLargestInput) return;
+        throw DeviceError(name_ + " has more than " + std::to_string(kLargestInput) +
+                          " bytes, which no payload has");
+    }
+    void refuseBroken() {
+        if (stream().bad()) throw DeviceError("can't read " + name_ + " to its end");
     }
 
     std::string name_;
@@ -125,7 +142,7 @@ int deliverLines(const Arguments& arguments) {
         try {
             const Value payload = device.parsePayload(text, arguments.limit());
             result = device.deliver(payload, arguments.id());
-        } catch (const DeviceError& error) {
+        } catch (const std::exception& error) {
             result = Value::dictionary({{"line", number}, {"error", error.what()}});
             status = kNotDone;
         }
@@ -151,6 +168,9 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "tavrolin 3.5.7");
     app.add_option("--device", arguments.device,
                    "the device's folder (default: $TAVROLIN_DEVICE, else the user's state folder)")
+        ->check([](const std::string& folder) {
+            return std::string(folder.empty() ? "the folder's name is empty" : "");
+        })
         ->take_last();
     app.add_option("--time", arguments.time,
                    "real: delays take their time; jump: the clock moves to the next timer")
@@ -158,6 +178,7 @@ int run(int argc, char** argv) {
         ->take_last();
     app.add_option("--log", arguments.logLevel,
                    "the log threshold, 0 (all) to 9; lines go to standard error (default 4)")
+        ->check(CLI::Range(0, 9))
         ->take_last();
     app.add_flag("--json", arguments.json, "print JSON, for scripts");
     app.require_subcommand(1);
@@ -165,8 +186,10 @@ int run(int argc, char** argv) {
 
     CLI::App* deliver = app.add_subcommand("deliver", "hand a payload to the device");
     deliver->add_option("FILE", arguments.file, "a JSON file, or - for standard input")->required();
-    deliver->add_option("--id", arguments.identifier, "the request's identifier");
-    deliver->add_flag("--lines", arguments.lines, "one payload a line, one result a line");
+    CLI::Option* id = deliver->add_option("--id", arguments.identifier, "the request's identifier");
+    id->take_last();
+    deliver->add_flag("--lines", arguments.lines, "one payload a line, one result a line")
+        ->excludes(id);
     deliver->add_flag("--no-limit", arguments.noLimit, "take payloads of more than 4,096 bytes");
     deliver->callback([&] {
         command = [&] { return arguments.lines ? deliverLines(arguments) : deliverOne(arguments); };
@@ -213,7 +236,20 @@ int run(int argc, char** argv) {
 
 }  // namespace
 
+// A closed standard stream's number would go to the next file that is opened, and what is printed
+// would be written into that.
+static void openStandardStreams() {
+    for (int descriptor = open("/dev/null", O_RDWR); descriptor >= 0;
+         descriptor = dup(descriptor)) {
+        if (descriptor > STDERR_FILENO) {
+            close(descriptor);
+            return;
+        }
+    }
+}
+
 int main(int argc, char** argv) {
+    openStandardStreams();
     // Whatever the device writes is for its owner only.
     umask(0077);
     if (argc == 2 && std::strcmp(argv[1], tavrolin::device::kServiceExtensionProcess) == 0) {

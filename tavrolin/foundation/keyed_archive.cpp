@@ -36,7 +36,7 @@ constexpr std::uint64_t kDateTag = 1;
 constexpr std::uint64_t kObjectTag = 27;  // [class name, fields]
 constexpr std::uint8_t kPair = 0x82;      // an array of two
 
-constexpr int kDeepest = 64;
+constexpr int kDeepest = 1024;  // well above what is read from JSON
 
 [[noreturn]] void refuse(std::string reason) {
     Exception::raise(Exception::kInvalidArchive, std::move(reason));

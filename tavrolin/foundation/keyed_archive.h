@@ -33,7 +33,7 @@ enum class Declared { string, number, dictionary, array, data, date, any };
 /// Writes a record as bytes: CBOR (RFC 8949). A record is tag 27 over [class name, {key: value}];
 /// texts, integers, floats, booleans, null, arrays, maps and byte strings are themselves; a date is
 /// tag 1 over a float of seconds since 1970. nil leaves its key out. A map's keys keep their order.
-/// Invalid UTF-8 in a text is replaced by U+FFFD. What goes deeper than 64 levels raises
+/// Invalid UTF-8 in a text is replaced by U+FFFD. What goes deeper than 1,024 levels raises
 /// `Exception`, since no reader would take it back.
 class KeyedArchiver {
 public:
@@ -80,7 +80,7 @@ private:
 };
 
 /// Reads what `KeyedArchiver` wrote; every byte is taken as hostile. Bytes that are no archive,
-/// that go deeper than 64 levels, that promise more than they hold or that trail behind raise
+/// that go deeper than 1,024 levels, that promise more than they hold or that trail behind raise
 /// `Exception` (InvalidArchiveOperationException).
 ///
 /// The strict reader raises when a value is of another class than declared; the other one hands

@@ -18,6 +18,8 @@ public:
 
     virtual bool fileExists(std::string_view path) const = 0;
     virtual bool isDirectory(std::string_view path) const = 0;
+    /// A file, no folder, that this process may read.
+    virtual bool isReadableFile(std::string_view path) const = 0;
     /// The path with every link and dot resolved; nothing when it doesn't exist.
     virtual std::optional<std::string> resolved(std::string_view path) const = 0;
 
@@ -43,6 +45,9 @@ public:
     explicit ForwardingFiles(Files& target) : target_(target) {}
     bool fileExists(std::string_view path) const override { return target_.fileExists(path); }
     bool isDirectory(std::string_view path) const override { return target_.isDirectory(path); }
+    bool isReadableFile(std::string_view path) const override {
+        return target_.isReadableFile(path);
+    }
     std::optional<std::string> resolved(std::string_view path) const override {
         return target_.resolved(path);
     }

@@ -106,6 +106,7 @@ std::shared_ptr<CVNNotificationOperation> CVNNotificationOperation::self() {
 }
 
 void CVNNotificationOperation::start() {
+    if (isExecuting()) return;
     CVNPushOperation::start();
     const bool started = guard(
         "-[CVNNotificationOperation start]", "Could not request due to exception = %@",
@@ -226,8 +227,8 @@ bool CVNNotificationOperation::isValidImage(const Value& path) {
                 foundation::Exception::raise(foundation::Exception::kInvalidArgument,
                                              "there is no path");
             }
-            if (!platform::current().files->fileExists(path.string())) {
-                unreadable("there is no such file");
+            if (!platform::current().files->isReadableFile(path.string())) {
+                unreadable("there is no such file that can be read");
             } else if (!CVNPushFileUtility::isInMediaFolder(path.string())) {
                 unreadable("the file lies outside the media folder");
             } else {

@@ -137,7 +137,7 @@ TEST_F(LMDBPreferencesTest, KeepsEveryKindOfValueUnderEveryKindOfKey) {
 
 TEST_F(LMDBPreferencesTest, RefusesAValueThatIsTooDeepAndKeepsTheOldOne) {
     Value deep = 1;
-    for (int level = 0; level < 100; ++level)
+    for (int level = 0; level < 1100; ++level)
         deep = Value::array({deep});
     const auto suite = open("s");
     ASSERT_FALSE(suite->set("k", "old"));

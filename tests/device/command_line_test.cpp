@@ -80,16 +80,74 @@ TEST(CommandLine, GoesOnAfterABadLine) {
     EXPECT_EQ(device.look({"tray"}).count(), 2U);
 }
 
+// Depth is what the payload's reader allows; nothing behind it allows less.
+TEST(CommandLine, GoesOnAfterALineThatIsAsDeepAsALineCanBe) {
+    const TestDevice device;
+    const std::string deep =
+        R"({"aps":{"alert":"x","mutable-content":1},"cvnSrc":"Corvalen","cvnCustomPayload":)" +
+        nested(500) + R"(,"cvnPayload":{"trid":"deep"}})";
+    const ProgramResult result =
+        device.run({"deliver", "--lines", "-"}, deep + "\n{\"aps\":{\"alert\":\"next\"}}\n");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 2) << result.errors;
+    EXPECT_EQ(device.look({"store"}).count(), 1U);
+}
+
+TEST(CommandLine, TellsWhatCanNotBeReadFromWhatIsEmpty) {
+    const TestDevice device;
+    device.deliver(pushPayload("t-1"));
+    const std::string plist = device.folder() + "/app/Info.plist";
+    const std::string text = fileText(plist);
+    writeFile(plist, "no property list");
+    for (const char* command : {"store", "preferences"}) {
+        const ProgramResult result = device.run({command});
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_THAT(result.errors, HasSubstr(plist)) << command;
+    }
+    writeFile(plist, text);
+    EXPECT_EQ(device.look({"store"}).count(), 1U);
+
+    const std::string groups = device.folder() + "/groups";
+    fs::rename(groups, groups + "-away");
+    writeFile(groups, "not a folder");
+    EXPECT_EQ(device.run({"store"}).status, 1);
+    // An app group that can't be reached is a store that can't be opened, and no crash.
+    EXPECT_EQ(device.deliver(pushPayload("t-2"))["outcome"], Value("expired"));
+}
+
+TEST(CommandLine, ServesSeveralCommandsThatMakeOneDevice) {
+    for (int round = 0; round < 4; ++round) {
+        const TestDevice device;
+        std::vector<RunningProgram> programs;
+        for (int i = 0; i < 4; ++i) {
+            programs.push_back(
+                device.start({"deliver", "-"}, compactJSON(pushPayload("t-" + std::to_string(i)))));
+        }
+        for (RunningProgram& program : programs) {
+            const ProgramResult result = program.finish();
+            EXPECT_EQ(result.status, 0) << result.errors;
+        }
+        EXPECT_EQ(device.look({"store"}).count(), 4U);
+    }
+}
+
 TEST(CommandLine, TellsWrongUsageFromWhatCouldNotBeDone) {
     const TestDevice device;
     EXPECT_EQ(device.run({}).status, 2);
     EXPECT_EQ(device.run({"no-such-command"}).status, 2);
     EXPECT_EQ(device.run({"deliver"}).status, 2);
     EXPECT_EQ(device.run({"--time", "sideways", "tray"}).status, 2);
+    EXPECT_EQ(device.run({"--device", "", "tray"}).status, 2);
+    EXPECT_EQ(device.run({"--log", "10", "tray"}).status, 2);
+    EXPECT_EQ(device.run({"deliver", "--lines", "--id", "same", "-"}).status, 2);
     EXPECT_EQ(device.run({"--help"}).status, 0);
     const ProgramResult missing = device.run({"deliver", device.folder() + "/missing.json"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_THAT(missing.errors, HasSubstr("No such file"));
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"deliver", "/"}, {"deliver", "--lines", "/"}}) {
+        EXPECT_EQ(device.run(arguments).status, 1);
+    }
 }
 
 TEST(CommandLine, PrintsWhatIsEmptyInTheContractsForm) {

@@ -118,6 +118,31 @@ TEST(Deliver, LeavesNothingInTheExtensionsTemporaryFolderAndEverythingPrivate) {
     }
 }
 
+TEST(Deliver, RemovesTheFilesOfWhatLeftTheTrayAndOfRunsThatWereKilled) {
+    HTTPServer server;
+    server.reply("/banner.jpg", {.body = jpeg()});
+    const TestDevice device;
+    const Value section = Value::dictionary({{"mediaUrl", server.url("/banner.jpg")}});
+    const auto files = [&](const std::string& folder) {
+        std::size_t count = 0;
+        for (const auto& entry : fs::recursive_directory_iterator(device.folder() + folder)) {
+            if (entry.is_regular_file()) ++count;
+        }
+        return count;
+    };
+    device.deliver(pushPayload("t-1", section), {"--id", "../a b"});
+    device.deliver(pushPayload("t-2", section), {"--id", "../a b"});  // replaced by the system
+    device.deliver(pushPayload("t-2", section), {"--id", "c"});       // and by the library
+    const Value shown = device.look({"tray"}).at(0)["content"]["attachments"].at(0);
+    EXPECT_EQ(fileText(pathOf(shown)), jpeg());
+    EXPECT_EQ(files("/system/attachments"), 1U);
+
+    const std::string leftover = "/containers/service-extension/tmp/killed/part.tmp";
+    writeFile(device.folder() + leftover, "half a picture");
+    device.deliver(pushPayload("t-3", section));
+    EXPECT_FALSE(fs::exists(device.folder() + leftover));
+}
+
 TEST(Deliver, ShowsOnlyTheCarouselItemsWhosePictureCame) {
     HTTPServer server;
     server.reply("/1.jpg", {.body = jpeg(), .delay = std::chrono::milliseconds(20)});

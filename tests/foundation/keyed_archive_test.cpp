@@ -194,9 +194,9 @@ TEST(KeyedArchive, RefusesToWriteWhatNoReaderWouldTakeBack) {
             value = Value::array({value});
         return value;
     };
-    const Bytes deepest = KeyedArchiver::archivedData(nested(64));
-    EXPECT_EQ(KeyedUnarchiver::unarchiveValue(deepest), nested(64));
-    EXPECT_THROW(KeyedArchiver::archivedData(nested(65)), Exception);
+    const Bytes deepest = KeyedArchiver::archivedData(nested(1024));
+    EXPECT_EQ(KeyedUnarchiver::unarchiveValue(deepest), nested(1024));
+    EXPECT_THROW(KeyedArchiver::archivedData(nested(1025)), Exception);
 }
 
 TEST(KeyedArchive, RepairsTextsThatAreNotUtf8) {
@@ -236,8 +236,8 @@ TEST(KeyedArchive, NamesWhatIsWrongWithHostileBytes) {
         {{0xF7}, "simple value"},
         {{0xF8, 0x14}, "simple value"},
         {{0x1C}, "begins no item"},
-        {deep(0x81, 65), "deeper than 64"},
-        {deep(0x81, 1000000), "deeper than 64"},
+        {deep(0x81, 1025), "deeper than 1024"},
+        {deep(0x81, 1000000), "deeper than 1024"},
         {deep(0xD8, 1000000), "unknown tag"},
     };
     for (const auto& hostile : cases) {

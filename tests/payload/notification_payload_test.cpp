@@ -167,7 +167,7 @@ TEST_F(NotificationPayloadTest, TheStoreFindsTheTransformerByItsName) {
 TEST_F(NotificationPayloadTest, WhatCantBeArchivedOrReadIsLoggedAndNeverRaises) {
     CVNNotificationPayloadModel deep;
     deep.cvnCustomPayload = Value::array();
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 1100; ++i)
         deep.cvnCustomPayload = Value::array({deep.cvnCustomPayload});
     EXPECT_TRUE(Transformer::transformedValue(deep).isNil());
     EXPECT_TRUE(Transformer::transformedValue(CVNPayload()).isNil());

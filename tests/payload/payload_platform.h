@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "adapters/memory/memory_platform.h"
+#include "adapters/posix/posix_files.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/foundation/json.h"
 #include "tavrolin/foundation/value.h"
-#include "tavrolin/platform/files.h"
 #include "tavrolin/platform/log_sink.h"
 #include "tavrolin/platform/platform.h"
 
@@ -30,13 +30,10 @@ public:
     std::vector<std::string> lines;
 };
 
-/// A folder of its own as the whole file system that an app group sees; gone at the end.
-class FolderFiles : public platform::Files {
+/// A folder of its own as the container of every app group; gone at the end.
+class FolderFiles : public adapters::posix::PosixFiles {
 public:
-    FolderFiles() {
-        std::string name = (std::filesystem::temp_directory_path() / "payload-XXXXXX").string();
-        root_ = std::filesystem::canonical(mkdtemp(name.data()));
-    }
+    FolderFiles() : FolderFiles(makeFolder()) {}
     ~FolderFiles() override { std::filesystem::remove_all(root_); }
 
     std::string path(std::string_view name) const { return (root_ / name).string(); }
@@ -46,35 +43,15 @@ public:
         return path(name);
     }
 
-    bool fileExists(std::string_view path) const override { return std::filesystem::exists(path); }
-    bool isDirectory(std::string_view path) const override {
-        return std::filesystem::is_directory(path);
-    }
-    std::optional<std::string> resolved(std::string_view path) const override {
-        std::error_code error;
-        const auto result = std::filesystem::canonical(path, error);
-        return error ? std::nullopt : std::optional(result.string());
-    }
-    foundation::Failure removeItem(std::string_view path) override {
-        std::filesystem::remove_all(path);
-        return std::nullopt;
-    }
-    std::optional<std::string> containerForAppGroup(std::string_view) const override {
-        return root_.string();
-    }
-    std::optional<std::string> documentsDirectory() const override { return std::nullopt; }
-
-    foundation::Failure moveItem(std::string_view, std::string_view) override { return unused(); }
-    foundation::Failure createDirectory(std::string_view) override { return unused(); }
-    foundation::Failure copyFileAtomically(std::string_view, std::string_view) override {
-        return unused();
-    }
-    foundation::Expected<std::vector<std::uint8_t>> contents(std::string_view) const override {
-        return *unused();
-    }
-
 private:
-    static foundation::Failure unused() { return foundation::Error{"test", 1, "not offered"}; }
+    explicit FolderFiles(const std::filesystem::path& root)
+        : PosixFiles([root](std::string_view) { return std::optional(root.string()); },
+                     std::nullopt),
+          root_(root) {}
+    static std::filesystem::path makeFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "payload-XXXXXX").string();
+        return std::filesystem::canonical(mkdtemp(name.data()));
+    }
 
     std::filesystem::path root_;
 };
