@@ -9,6 +9,7 @@
 
 #include "tavrolin/foundation/exception.h"
 #include "tavrolin/foundation/value_transformer.h"
+#include "tavrolin/platform/lazy_record_store.h"
 
 namespace tavrolin::platform {
 
@@ -558,84 +559,6 @@ void ManagedObjectContext::State::mergeSavedElsewhere() {
 }
 
 // --- PersistentContainer -------------------------------------------------------------------------
-
-namespace {
-
-// A connection that is opened when it is first used. An extension never uses its main thread's
-// context, and opening a connection costs a good part of the time in which it could hand content
-// back.
-class LazyRecordStore : public RecordStore {
-public:
-    LazyRecordStore(std::shared_ptr<const ManagedObjectModel> model, RecordStores& stores,
-                    StoreDescription description)
-        : model_(std::move(model)), stores_(stores), description_(std::move(description)) {}
-
-    Failure begin() override {
-        return use<Failure>([](RecordStore& store) { return store.begin(); });
-    }
-    Failure commit() override {
-        return use<Failure>([](RecordStore& store) { return store.commit(); });
-    }
-    void rollback() override {
-        if (store_) store_->rollback();
-    }
-    Expected<std::vector<Record>> fetch(const FetchRequest& request) override {
-        return use<Expected<std::vector<Record>>>(
-            [&](RecordStore& store) { return store.fetch(request); });
-    }
-    Expected<std::vector<Value>> fetchDictionaries(const FetchRequest& request) override {
-        return use<Expected<std::vector<Value>>>(
-            [&](RecordStore& store) { return store.fetchDictionaries(request); });
-    }
-    Expected<std::int64_t> count(const FetchRequest& request) override {
-        return use<Expected<std::int64_t>>(
-            [&](RecordStore& store) { return store.count(request); });
-    }
-    Expected<std::optional<Record>> record(const EntityDescription& entity, RecordID id) override {
-        return use<Expected<std::optional<Record>>>(
-            [&](RecordStore& store) { return store.record(entity, id); });
-    }
-    Expected<RecordID> insert(const EntityDescription& entity,
-                              const std::vector<Value>& values) override {
-        return use<Expected<RecordID>>(
-            [&](RecordStore& store) { return store.insert(entity, values); });
-    }
-    Expected<std::int64_t> update(const EntityDescription& entity, const Record& record,
-                                  std::optional<std::int64_t> expectedVersion) override {
-        return use<Expected<std::int64_t>>(
-            [&](RecordStore& store) { return store.update(entity, record, expectedVersion); });
-    }
-    Failure remove(const EntityDescription& entity, RecordID id) override {
-        return use<Failure>([&](RecordStore& store) { return store.remove(entity, id); });
-    }
-    Expected<std::int64_t> removeMatching(const FetchRequest& request) override {
-        return use<Expected<std::int64_t>>(
-            [&](RecordStore& store) { return store.removeMatching(request); });
-    }
-    Expected<std::int64_t> updateMatching(const FetchRequest& request,
-                                          const Value& properties) override {
-        return use<Expected<std::int64_t>>(
-            [&](RecordStore& store) { return store.updateMatching(request, properties); });
-    }
-
-private:
-    template <class Result, class Work>
-    Result use(Work work) {
-        if (!store_) {
-            auto opened = stores_.open(*model_, description_);
-            if (!opened) return opened.error();
-            store_ = std::move(*opened);
-        }
-        return work(*store_);
-    }
-
-    const std::shared_ptr<const ManagedObjectModel> model_;
-    RecordStores& stores_;
-    const StoreDescription description_;
-    std::unique_ptr<RecordStore> store_;
-};
-
-}  // namespace
 
 struct PersistentContainer::State : std::enable_shared_from_this<State> {
     State(std::string theName, ManagedObjectModel model, RecordStores& stores, Dispatch& dispatch)

@@ -11,22 +11,12 @@
 #include "adapters/memory/memory_dispatch.h"
 #include "adapters/memory/memory_json_text.h"
 #include "adapters/memory/memory_url_session.h"
-#include "tavrolin/platform/log_sink.h"
 #include "tavrolin/platform/platform.h"
+#include "tests/support/recording_log_sink.h"
 
 namespace tavrolin::network_test {
 
-/// Keeps the lines without their line numbers.
-class RecordingLogSink : public platform::LogSink {
-public:
-    bool isEnabled(std::string_view, std::string_view) override { return true; }
-    void write(std::string_view, std::string_view, std::string_view line) override {
-        lines.emplace_back(line.substr(0, line.rfind(" (Line ")));
-    }
-    void console(std::string_view line) override { lines.emplace_back(line); }
-
-    std::vector<std::string> lines;
-};
+using tests::RecordingLogSink;
 
 /// A folder that is gone at the end.
 struct Folder {

@@ -13,22 +13,12 @@
 #include "tavrolin/core/logger.h"
 #include "tavrolin/foundation/json.h"
 #include "tavrolin/foundation/value.h"
-#include "tavrolin/platform/log_sink.h"
 #include "tavrolin/platform/platform.h"
+#include "tests/support/recording_log_sink.h"
 
 namespace tavrolin::payload_test {
 
-/// Keeps what was logged: the level's tag, the message and the operation, without the line number.
-class RecordingLogSink : public platform::LogSink {
-public:
-    bool isEnabled(std::string_view, std::string_view) override { return true; }
-    void write(std::string_view, std::string_view, std::string_view line) override {
-        lines.emplace_back(line.substr(0, line.rfind(" (Line ")));
-    }
-    void console(std::string_view line) override { lines.emplace_back(line); }
-
-    std::vector<std::string> lines;
-};
+using tests::RecordingLogSink;
 
 /// A folder of its own as the container of every app group; gone at the end.
 class FolderFiles : public adapters::posix::PosixFiles {
