@@ -1,0 +1,276 @@
+#include <gmock/gmock.h>
+
+#include "tavrolin/core/push_preferences_manager.h"
+#include "tavrolin/core/tavrolin.h"
+#include "tavrolin/core/version.h"
+#include "tavrolin/events/event_recorder.h"
+#include "tests/core/app_services_fake.h"
+#include "tests/support/memory_sdk.h"
+
+namespace tavrolin::tests {
+namespace {
+
+using foundation::Value;
+using platform::LifecycleEvent;
+using testing::AllOf;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+constexpr const char* kStart = "-[Tavrolin initSDKWithLaunchOptions:]";
+
+class FacadeTest : public MemorySDKTest {
+protected:
+    static Tavrolin& facade() { return Tavrolin::sharedInstance(); }
+
+    void start(const Value& launchOptions = {}) {
+        facade().initSDKWithLaunchOptions(launchOptions);
+        run();
+    }
+    // The facade's own lines since the last time.
+    std::vector<std::string> takeFacadeLog() {
+        std::vector<std::string> lines = takeLog();
+        std::erase_if(lines, [](const std::string& line) {
+            return line.find(") Tavrolin: ") == std::string::npos;
+        });
+        return lines;
+    }
+    void deliver(std::string_view trid) {
+        CVNPushEventRecorder::recordNotificationDeliveryEventWithId(12, 3, parsed(push(trid)), 2,
+                                                                    0);
+        run();
+    }
+
+    FakeAppServices services_;
+};
+
+TEST_F(FacadeTest, ExportsItsVersions) {
+    EXPECT_EQ(kCurrentSDKVersion, "3.5.7");
+    EXPECT_EQ(TavrolinVersionNumber, 1.0);
+    EXPECT_EQ(TavrolinVersionString, "@(#)PROGRAM:Tavrolin  PROJECT:Tavrolin-1\n");
+}
+
+TEST_F(FacadeTest, StartsOnce) {
+    (*memory_.preferences.suite("group.example"))->set("CVNPushTokenEncoded", "0a1b");
+    facade().initSDKWithLaunchOptions({});
+    EXPECT_THAT(takeFacadeLog(), IsEmpty()) << "it returns before the store is open";
+    run();
+    EXPECT_THAT(
+        takeFacadeLog(),
+        ElementsAre("(INFO) Tavrolin: Store Loaded " + std::string(kStart),
+                    "(SYSTEM) Tavrolin: ✅ ✅ ✅ 👍 Tavrolin SDK - v3.5.7 Initialized 0a1b ✅ ✅ ✅ " +
+                        std::string(kStart)));
+    start();
+    EXPECT_THAT(takeLog(), IsEmpty()) << "a second start does nothing";
+    EXPECT_EQ(store().storeURL()->path(), "/groups/group.example/Tavrolin/CorvalenPushDB.sqlite");
+}
+
+TEST_F(FacadeTest, TheBannerSaysNullBeforeThereIsAToken) {
+    start();
+    EXPECT_THAT(takeFacadeLog(),
+                Contains(HasSubstr("Tavrolin SDK - v3.5.7 Initialized (null) ✅ ✅ ✅")));
+}
+
+TEST_F(FacadeTest, AStoreThatCannotBeOpenedLeavesOneLine) {
+    store().setReadOnly(true);  // and there is none yet
+    start(Value::dictionary({{"aps", Value::dictionary({{"content-available", 1}})}}));
+    EXPECT_THAT(takeFacadeLog(),
+                ElementsAre("(ERROR) Tavrolin: Could not Initialize the CorvalenPush SDK due to "
+                            "exception " +
+                            std::string(kStart)));
+    EXPECT_THAT(services_.calls, IsEmpty());
+
+    store().setReadOnly(false);  // a start that failed is none
+    start();
+    EXPECT_TRUE(store().storeLoaded());
+    EXPECT_THAT(takeFacadeLog(), Contains(HasSubstr("Store Loaded")));
+}
+
+TEST_F(FacadeTest, DeletesWhatHasExpired) {
+    start();
+    deliver("old");
+    memory_.dispatch.advance(30 * 86'400 - 1);
+    deliver("new");
+    memory_.dispatch.advance(1);
+    store().setStoreLoaded(false);  // as a process that starts later finds it
+    start();
+    ASSERT_THAT(records(), SizeIs(1));
+    EXPECT_EQ(records().front()->trid(), Value("new"));
+}
+
+TEST_F(FacadeTest, ASilentPushAmongTheLaunchOptionsIsAskedOfTheirWhole) {
+    const Value silent = Value::dictionary(
+        {{"aps", Value::dictionary({{"content-available", 1}})}, {"cvnSrc", "Corvalen"}});
+    struct Case {
+        const char* what;
+        Value launchOptions;
+        std::vector<Value> scheduled;
+    };
+    const Case cases[] = {
+        {"nothing", {}, {}},
+        {"a visible one",
+         Value::dictionary({{UIApplicationLaunchOptionsRemoteNotificationKey, push("t")}}),
+         {}},
+        {"inside",
+         Value::dictionary({{UIApplicationLaunchOptionsRemoteNotificationKey, silent}}),
+         {silent}},
+        // The options themselves look silent, and hold no notification to pass on.
+        {"outside", silent, {Value()}},
+    };
+    for (const auto& [what, launchOptions, scheduled] : cases) {
+        store().setStoreLoaded(false);
+        services_.scheduledPayloads.clear();
+        start(launchOptions);
+        EXPECT_EQ(services_.scheduledPayloads, scheduled) << what;
+    }
+    ASSERT_FALSE(services_.fetchHandlers.empty());
+    for (const auto& handler : services_.fetchHandlers)
+        handler(0);  // there is one, and it does nothing
+}
+
+TEST_F(FacadeTest, ASilentPushOpensTheStoreFirst) {
+    std::vector<BackgroundFetchResult> results;
+    const auto receive = [&] {
+        facade().didReceiveRemoteNotification(
+            push("t"), [&](BackgroundFetchResult result) { results.push_back(result); });
+    };
+    receive();
+    EXPECT_THAT(services_.calls, IsEmpty());
+    run();
+    EXPECT_TRUE(store().storeLoaded());
+    EXPECT_THAT(services_.calls, ElementsAre("scheduleNotification"));
+    receive();  // at once, now that it is open
+    EXPECT_THAT(services_.calls, SizeIs(2));
+    EXPECT_THAT(services_.scheduledPayloads, Each(push("t")));
+    services_.fetchHandlers[0](2);
+    services_.fetchHandlers[1](1);
+    EXPECT_EQ(results, (std::vector<BackgroundFetchResult>{2, 1}));
+}
+
+TEST_F(FacadeTest, CountsWhatIsNeitherReadNorDismissed) {
+    EXPECT_EQ(facade().getNotificationBadgeCount(), 0U) << "without a store";
+    start();
+    for (const char* trid : {"a", "b", "c", "d"})
+        deliver(trid);
+    CVNPushEventRecorder::recordNotificationClickedEventWithId(13, 3, parsed(push("a")));
+    CVNPushEventRecorder::recordNotificationDismissedEventWithPayload(parsed(push("b")));
+    run();
+    EXPECT_EQ(facade().getNotificationBadgeCount(), 2U);
+}
+
+TEST_F(FacadeTest, ReportsAChangedOptInBeforeStoringIt) {
+    setAdapter();
+    std::vector<bool> storedThen;
+    coreSDK_->onCall = [&] { storedThen.push_back(facade().hasOptedPushNotification()); };
+    EXPECT_FALSE(facade().hasOptedPushNotification());
+    facade().optPushNotification(false);  // absent counts as false
+    EXPECT_THAT(coreSDK_->calls, IsEmpty());
+    facade().optPushNotification(true);
+    EXPECT_TRUE(facade().hasOptedPushNotification());
+    facade().optPushNotification(true);
+    facade().optPushNotification(false);
+    EXPECT_FALSE(facade().hasOptedPushNotification());
+    EXPECT_THAT(coreSDK_->calls,
+                ElementsAre("recordEventWithId 72 3 (null)", "recordEventWithId 73 3 (null)"));
+    EXPECT_EQ(storedThen, (std::vector<bool>{false, true}));
+}
+
+TEST_F(FacadeTest, KnowsThisSystemsPushes) {
+    const std::pair<Value, bool> cases[] = {
+        {push("t"), true},
+        {Value::dictionary({{"cvnSrc", "CORVALEN"}}), true},
+        {Value::dictionary({{"cvnSrc", "corvalen"}}), true},
+        {Value::dictionary({{"cvnSrc", "Corvalen "}}), false},
+        {Value::dictionary({{"cvnSrc", 7}}), false},
+        {Value::dictionary({{"CVNSRC", "Corvalen"}}), false},
+        {Value::dictionary(), false},
+        {{}, false},
+    };
+    facade();
+    takeLog();
+    for (const auto& [payload, expected] : cases)
+        EXPECT_EQ(facade().isNotificationFromCorvalen(payload), expected) << payload.description();
+    EXPECT_THAT(takeLog(), IsEmpty());
+    EXPECT_FALSE(facade().isNotificationFromCorvalen("a text"));
+    EXPECT_THAT(takeLog(),
+                ElementsAre(AllOf(HasSubstr("(FATAL) Tavrolin: Push notification source could not "
+                                            "be identified due to exception: "),
+                                  HasSubstr(" -[Tavrolin isNotificationFromCorvalen:]"))));
+}
+
+TEST_F(FacadeTest, FollowsTheAppsLife) {
+    facade();
+    takeLog();
+    const auto post = [&](LifecycleEvent event) {
+        memory_.application.post(event);
+        memory_.dispatch.runReady();  // the clock stands still
+    };
+    post(LifecycleEvent::willEnterForeground);
+    EXPECT_THAT(services_.calls, ElementsAre("getCurrentNotificationSettings without a handler"));
+    services_.calls.clear();
+
+    post(LifecycleEvent::didBecomeActive);
+    memory_.dispatch.advance(4.999);
+    EXPECT_THAT(services_.calls, IsEmpty());
+    memory_.dispatch.advance(0.001);
+    EXPECT_THAT(services_.calls, ElementsAre("checkNotificationsAreScheduled"));
+    services_.calls.clear();
+
+    post(LifecycleEvent::willTerminate);
+    EXPECT_THAT(takeLog(), ElementsAre("(INFO) Tavrolin: Handling, when app is terminated "
+                                       "-[Tavrolin handleAppWillTerminate:]"));
+
+    post(LifecycleEvent::didEnterBackground);  // without a store, nothing to save
+    start();
+    deliver("t");
+    const auto held =
+        CorvalenPushNotificationEvent::fetchAllObjectsInContext(store().viewContext());
+    ASSERT_THAT(held, SizeIs(1));
+    held.front()->setIsRead(true);
+    EXPECT_FALSE(record("t")->isRead());
+    post(LifecycleEvent::didEnterBackground);
+    EXPECT_TRUE(record("t")->isRead());
+    EXPECT_THAT(services_.calls, IsEmpty());
+}
+
+TEST_F(FacadeTest, ConfiguresItselfFromTheInfoDictionary) {
+    EXPECT_EQ(facade().plistAppInfoDictionary()["CorvalenKeys"]["CorvalenAppGroup"],
+              Value("group.example"));
+    memory_.bundles.mainBundle.setInfoDictionary(Value::dictionary());
+    EXPECT_EQ(facade().plistAppInfoDictionary().count(), 1U) << "read once";
+    CVNPushPreferencesManager::setOptForPushNotification(true);
+    EXPECT_EQ((*memory_.preferences.suite("group.example"))->get("CVNUserOptPushNotification"),
+              Value(true));
+    EXPECT_TRUE(facade().appGroup().isNil()) << "neither stored nor in the dictionary any more";
+}
+
+TEST_F(FacadeTest, SurvivesSettingsThatAreNone) {
+    memory_.bundles.mainBundle.setInfoDictionary(Value::dictionary({{"CorvalenKeys", "a text"}}));
+    facade();
+    EXPECT_THAT(takeLog(),
+                Contains(AllOf(HasSubstr("(FATAL) Tavrolin: Fail to configure app settings due to "
+                                         "exception "),
+                               HasSubstr(" -[Tavrolin configureSettingsWithInfoPlist:]"))));
+    start();  // below the documents folder
+    EXPECT_EQ(store().storeURL()->path(), "/documents/Tavrolin/CorvalenPushDB.sqlite");
+    EXPECT_TRUE(store().storeLoaded());
+    memory_.application.post(LifecycleEvent::willEnterForeground);
+    run();
+    EXPECT_THAT(services_.calls, SizeIs(1)) << "and it hears of the app's life all the same";
+}
+
+TEST_F(FacadeTest, RegistersWithTheStoredOptionsOrTheGivenOnes) {
+    facade();
+    CVNPushPreferencesManager::setNotificationAuthorizationOptions(7);
+    facade().registerForPushNotificationWithDefaultAuthorizationOptions();
+    facade().registerForPushNotification(4);
+    EXPECT_THAT(services_.calls, ElementsAre("registerForPushWithRequestAuthorization 7",
+                                             "registerForPushWithRequestAuthorization 4"));
+}
+
+}  // namespace
+}  // namespace tavrolin::tests
