@@ -177,30 +177,31 @@ TEST_F(NotificationOperationTest, TheIconsOfARatingComeFirstAndAreNotAttached) {
     }
 }
 
-TEST_F(NotificationOperationTest, ACarouselKeepsTheOrderOfItsPicturesWhateverTheirs) {
-    memory_.urlSession.setAnswer("https://example.com/a.png",
-                                 {.body = test::png(2, 2), .delay = 3});
-    memory_.urlSession.setAnswer("https://example.com/c.png",
-                                 {.body = test::png(2, 2), .delay = 1});
+TEST_F(NotificationOperationTest, ACarouselKeepsItsOrderInWhateverOrderThePicturesCome) {
+    for (const auto& [name, delay] : {std::pair("a", 3), std::pair("c", 1), std::pair("d", 2)}) {
+        memory_.urlSession.setAnswer(
+            "https://example.com/" + std::string(name) + ".png",
+            {.body = test::png(2, 2), .delay = static_cast<double>(delay)});
+    }
     for (const char* type : {"CarouselPortrait", "CarouselLandscape"}) {
         SCOPED_TRACE(type);
         completions_ = 0;
-        Value section = carousel(type, {"a.png", "missing.png", "c.png"});
+        Value section = carousel(type, {"a.png", "missing.png", "c.png", "d.png"});
         section.set("mediaUrl", "https://example.com/never.png");
         prepare(push("t", section));
         finish();
         EXPECT_DOUBLE_EQ(took_, 3) << "all of them at once";
-        EXPECT_THAT(attached(), ElementsAre("a.png", "c.png"));
+        const std::vector<std::string> names = {"a.png", "c.png", "d.png"};
+        EXPECT_EQ(attached(), names);
         const Value shown = result_.userInfo["cvnPayload"]["carousel"];
-        ASSERT_EQ(shown.count(), 2U);
-        EXPECT_EQ(shown.at(0)["imgTitle"], Value("about a.png"));
-        EXPECT_EQ(shown.at(1)["imgTitle"], Value("about c.png"));
-        for (const Value& item : shown.items()) {
-            const std::string path(item["imgUrlPath"].string());
-            EXPECT_THAT(path, testing::StartsWith(kMediaFolder));
+        ASSERT_EQ(shown.count(), names.size());
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            EXPECT_EQ(shown.at(i)["imgTitle"], Value("about " + names[i]));
+            const std::string path(shown.at(i)["imgUrlPath"].string());
+            EXPECT_THAT(path, AllOf(testing::StartsWith(kMediaFolder), EndsWith(names[i])));
             EXPECT_TRUE(memory_.files.fileExists(path)) << path;
         }
-        EXPECT_THAT(payload_->cvnPayload->carousel.value(), SizeIs(2));
+        EXPECT_THAT(payload_->cvnPayload->carousel.value(), SizeIs(3));
     }
     EXPECT_THAT(requested(), testing::Not(Contains("https://example.com/never.png")));
 }

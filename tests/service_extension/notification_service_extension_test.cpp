@@ -110,11 +110,32 @@ TEST_F(ServiceExtensionTest, LogsWhatItReceivesAndThatItLoadedTheStore) {
     EXPECT_THAT(records(), SizeIs(2));
 }
 
-TEST_F(ServiceExtensionTest, MakesNoLineThatIsNotPrinted) {
+TEST_F(ServiceExtensionTest, WritesNoJSONForALineThatIsNotPrinted) {
+    class CountingJSON : public platform::JSONText {
+    public:
+        foundation::Expected<Value> parse(std::string_view text) const override {
+            return target.parse(text);
+        }
+        foundation::Expected<std::string> serialise(const Value& value,
+                                                    Style style) const override {
+            ++calls;
+            return target.serialise(value, style);
+        }
+        adapters::memory::MemoryJSONText target;
+        mutable int calls = 0;
+    } json;
+    platform::Platform ports = memory_.platform();
+    ports.json = &json;
+    platform::install(ports);
     CVNPushLogger::setDebugLevel(3);
     receive(push("t"));
-    CVNPushLogger::setDebugLevel(0);
     EXPECT_THAT(takeExtensionLog(), ElementsAre(HasSubstr("Tavrolin NSE Called")));
+    EXPECT_EQ(json.calls, 0);
+    CVNPushLogger::setDebugLevel(2);
+    receive(push("t"));
+    EXPECT_EQ(json.calls, 1);
+    CVNPushLogger::setDebugLevel(0);
+    platform::install(memory_.platform());
 }
 
 TEST_F(ServiceExtensionTest, LeavesForeignPushesAlone) {
