@@ -13,6 +13,7 @@
 #include <asio/steady_timer.hpp>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <ctime>
 #include <deque>
 #include <map>
@@ -362,6 +363,7 @@ std::uint64_t AsioDispatch::activity() const {
 }
 
 std::int64_t AsioDispatch::secondsFromGMT(foundation::Date date) const {
+    if (!(std::abs(date.secondsSince1970) < 1e15)) return 0;  // no moment of any calendar
     const auto moment = static_cast<std::time_t>(date.secondsSince1970);
     std::tm local{};
     return localtime_r(&moment, &local) == nullptr ? 0 : local.tm_gmtoff;

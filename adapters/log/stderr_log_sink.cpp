@@ -33,6 +33,8 @@ std::string shown(std::string_view line) {
             text.append("\\x").append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 15U]);
         } else {
             text += line[i];
+            // What follows belongs to the same entry: a payload's text can't begin one of its own.
+            if (line[i] == '\n') text += "  ";
         }
     }
     return text += '\n';

@@ -77,8 +77,9 @@ FolderBundles::FolderBundles(std::string mainFolder, std::string libraryFolder)
     : main_(std::move(mainFolder)), library_(std::move(libraryFolder)) {}
 
 platform::Bundle* FolderBundles::withIdentifier(std::string_view identifier) {
-    if (main_.identifier() == identifier) return &main_;
+    // The library first: without an Info dictionary it has no identifier, as an app may have none.
     if (library_.identifier() == identifier) return &library_;
+    if (main_.identifier() == identifier) return &main_;
     return nullptr;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "adapters/plist/structure.h"
+#include "tavrolin/foundation/utf8.h"
 
 namespace tavrolin::adapters::plist {
 
@@ -104,7 +105,7 @@ Value scalarOf(plist_t node) {
         case PLIST_STRING: {
             std::uint64_t size = 0;
             const char* text = plist_get_string_ptr(node, &size);
-            return std::string_view(text, size);
+            return foundation::repairedUtf8({text, size});
         }
         default:
             return Value::null();

@@ -101,8 +101,10 @@ int main() {
         {{"CorvalenKeys", Value::dictionary({{"CorvalenAppGroup", kAppGroup}})}}));
     memory.urlSession.setAnswer(kPicture, {.body = pictureBytes()});
     tavrolin::platform::install(memory.platform());
-    tavrolin::CVNPushCorvalenHandler::sharedInstance().setCorvalenAdapter(
-        std::make_shared<HostCoreSDK>());
+    // The core SDK starts the library: the launch options, itself, and the app group.
+    tavrolin::CVNPushCorvalenHandler::sharedInstance().initPushNotificationSDKWith(
+        Value::dictionary(), std::make_shared<HostCoreSDK>(), kAppGroup);
+    memory.dispatch.runUntilIdle();
 
     const auto payload = memory.json.parse(kPush);
     if (!payload) {

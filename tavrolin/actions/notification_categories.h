@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "tavrolin/core/plist_keys.h"  // names the file that the lists stand in
+
 namespace tavrolin {
 
 // Category identifiers: what "aps" -> "category" names.
@@ -44,11 +46,7 @@ inline constexpr std::string_view kCarouselNotificationCellIdentifier = "Carouse
 inline constexpr std::string_view kCarouselNotificationCellNibName =
     "CVNCarouselCollectionViewCell";
 
-// The app's configuration file and its two lists of categories.
-inline constexpr std::string_view kPlistCorvalenConfigFileName = "CorvalenConfig";
-inline constexpr std::string_view kPlistCorvalenConfigFileType = "plist";
-inline constexpr std::string_view kPlistCorvalenConfigActionButtons = "ActionButtons";
-inline constexpr std::string_view kPlistCorvalenConfigActionButtonsV2 = "ActionButtons_v2";
+// The app's configuration file and its two lists of categories: core/plist_keys.h.
 
 // The old list: a category's button titles.
 inline constexpr std::string_view kNotificationActionButton = "actionButtonTitle";

@@ -16,14 +16,17 @@ public:
 
     /// Evaluates the permission, records it when that is due, and tells the callback (which may be
     /// empty) whether notifications are granted.
-    virtual void getCurrentNotificationSettings(
-        std::function<void(bool granted)> withCompletionHandler) = 0;
+    virtual void getCurrentNotificationSettingsWithCompletionHandler(
+        std::function<void(bool granted)> completion) = 0;
     /// Option bits as the platform numbers them.
-    virtual void registerForPushWithRequestAuthorization(std::uint64_t withOptions) = 0;
+    virtual void registerForPushWithRequestAuthorizationWithOptions(std::uint64_t options) = 0;
 };
 
 /// How a background fetch went: 0 new data, 1 no data, 2 failed.
 using BackgroundFetchResult = std::int64_t;
+inline constexpr BackgroundFetchResult kFetchNewData = 0;
+inline constexpr BackgroundFetchResult kFetchNoData = 1;
+inline constexpr BackgroundFetchResult kFetchFailed = 2;
 
 /// Local notifications, as the facade asks for them.
 class SchedulingService {
@@ -38,8 +41,9 @@ public:
     virtual void checkNotificationsAreScheduled() = 0;
     virtual void getFilterNotifications(
         Models notifications, std::function<void(Models filtered)> withCompletionHandler) = 0;
-    virtual void scheduleLocalNotifications(Models notifications, std::uint64_t andSource,
-                                            std::uint64_t andCampaignType) = 0;
+    virtual void scheduleLocalNotifications(
+        Models notifications, std::uint64_t andSource, std::uint64_t andCampaignType,
+        std::function<void(bool success)> withCompletionHandler) = 0;
 };
 
 /// The facade stands below the rooms that register and schedule, and calls them through these. Each

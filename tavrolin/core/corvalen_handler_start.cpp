@@ -20,6 +20,7 @@ namespace {
 
 SchedulingService::Models parsedModels(const Value& payloads) {
     SchedulingService::Models models;
+    if (!payloads.isArray()) return models;  // the core SDK has none of this kind
     for (const Value& payload : payloads.items()) {
         if (auto model = CVNNotificationParser::parseNotificationPayloadDictionary(payload)) {
             models.push_back(std::move(model));
@@ -33,7 +34,7 @@ void scheduleWhatIsNew(SchedulingService& scheduling, SchedulingService::Models 
     scheduling.getFilterNotifications(
         std::move(models), [&scheduling, campaignType](SchedulingService::Models filtered) {
             scheduling.scheduleLocalNotifications(std::move(filtered), kGatewaySourcePushVex,
-                                                  campaignType);
+                                                  campaignType, {});
         });
 }
 
@@ -52,7 +53,7 @@ void CVNPushCorvalenHandler::initPushNotificationSDKWith(
               preferences.putString(with, kPlistCorvalenAppGroup);
               Tavrolin::sharedInstance().initSDKWithLaunchOptions(launchOptions);
               if (auto* registration = appServices().registration) {
-                  registration->getCurrentNotificationSettings({});
+                  registration->getCurrentNotificationSettingsWithCompletionHandler({});
               }
           });
 }
@@ -61,7 +62,7 @@ void CVNPushCorvalenHandler::setPushVexAndScheduleNotifications(const Value& nor
                                                                 const Value& with) {
     const AppServices services = appServices();
     if (services.registration == nullptr || services.scheduling == nullptr) return;
-    services.registration->getCurrentNotificationSettings(
+    services.registration->getCurrentNotificationSettingsWithCompletionHandler(
         [&scheduling = *services.scheduling, normalCampaigns, scheduled = with](bool granted) {
             if (!granted) return;
             scheduling.checkNotificationsAreScheduled();

@@ -36,7 +36,9 @@ void CVNPushPreferences::setSharedUserDefault(std::shared_ptr<platform::Preferen
 void CVNPushPreferences::setSuitName(const Value& name) {
     static constexpr std::string_view kOperation = "-[CVNPushPreferences setSuitName:]";
     if (name.length() == 0) {
-        log(LogLevel::warn, kOperation, "Corvalen doesn't have app group name");
+        // Always as of line 37, which those who read logs look for.
+        CVNPushLogger::print("CVNPushPreferences", static_cast<int>(LogLevel::warn), kOperation, 37,
+                             "Corvalen doesn't have app group name");
         return;
     }
     auto suite = platform::current().preferences->suite(name.string());

@@ -8,6 +8,7 @@
 #include "tavrolin/core/plist_utility.h"
 #include "tavrolin/core/preference_keys.h"
 #include "tavrolin/core/push_preferences.h"
+#include "tavrolin/foundation/predicate.h"
 #include "tavrolin/foundation/url.h"
 #include "tavrolin/platform/dispatch.h"
 #include "tavrolin/platform/platform.h"
@@ -37,11 +38,6 @@ Value dictionaryForKey(std::string_view key) {
     return stored.isDictionary() ? stored : Value();
 }
 
-bool beginsWithPrefix(std::string_view key) {
-    const auto lower = [](char c) { return static_cast<char>(c | 0x20); };
-    return key.size() >= 3 && lower(key[0]) == 'c' && lower(key[1]) == 'v' && lower(key[2]) == 'n';
-}
-
 }  // namespace
 
 // --- The store as a whole ---------------------------------------------------------------------
@@ -52,9 +48,10 @@ Value CVNPushPreferencesManager::getAllStoredPreferences() {
 
 Value CVNPushPreferencesManager::getAllCorvalenStoredPreferences() {
     const Value all = getAllStoredPreferences();
+    static const auto isOurs = foundation::Predicate::withFormat("self BEGINSWITH[c] %@", {"CVN"});
     Value ours = Value::dictionary();
     for (const auto& [key, value] : all.entries()) {
-        if (beginsWithPrefix(key.string())) ours.set(key, value);
+        if (isOurs->evaluate(key)) ours.set(key, value);
     }
     return ours;
 }
@@ -90,19 +87,29 @@ Value CVNPushPreferencesManager::getUserIdentity() {
     return preferences().getStringForKey(kPrefUserIdentity);
 }
 
-void CVNPushPreferencesManager::setPushVexRequestEpochTime() {
+namespace {
+
+// Whole seconds since 1970.
+Value presentEpochTime() {
     const double now = platform::current().dispatch->now().secondsSince1970;
     std::array<char, 330> text{};  // the largest double has 309 digits
     const auto end =
         std::to_chars(text.data(), text.data() + text.size(), now, std::chars_format::fixed, 0).ptr;
-    preferences().putString(std::string_view(text.data(), end), kPrefPushVexRequestEpochTime);
+    return std::string_view(text.data(), end);
+}
+
+}  // namespace
+
+void CVNPushPreferencesManager::setPushVexRequestEpochTime() {
+    preferences().putString(presentEpochTime(), kPrefPushVexRequestEpochTime);
 }
 
 Value CVNPushPreferencesManager::getPushVexRequestEpochTime() {
     Value stored = preferences().getStringForKey(kPrefPushVexRequestEpochTime);
     if (stored) return stored;
-    setPushVexRequestEpochTime();
-    return preferences().getStringForKey(kPrefPushVexRequestEpochTime);
+    const Value now = presentEpochTime();
+    preferences().putString(now, kPrefPushVexRequestEpochTime);
+    return now;
 }
 
 void CVNPushPreferencesManager::setNotificationAuthorizationOptions(std::uint64_t options) {

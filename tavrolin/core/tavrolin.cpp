@@ -106,19 +106,24 @@ void Tavrolin::storeDidLoad(const Value& launchOptions) {
 // --- Registration and pushes ------------------------------------------------------------------
 
 void Tavrolin::registerForPushNotificationWithDefaultAuthorizationOptions() {
-    registerForPushNotification(CVNPushPreferencesManager::getNotificationAuthorizationOptions());
+    registerForPushNotificationWithAuthorizationOptions(
+        CVNPushPreferencesManager::getNotificationAuthorizationOptions());
 }
 
-void Tavrolin::registerForPushNotification(std::uint64_t withAuthorizationOptions) {
+void Tavrolin::registerForPushNotificationWithAuthorizationOptions(std::uint64_t options) {
     if (auto* registration = appServices().registration) {
-        registration->registerForPushWithRequestAuthorization(withAuthorizationOptions);
+        registration->registerForPushWithRequestAuthorizationWithOptions(options);
     }
 }
 
 void Tavrolin::didReceiveRemoteNotification(
     const Value& payload, std::function<void(BackgroundFetchResult)> withCompletionHandler) {
     auto* scheduling = appServices().scheduling;
-    if (scheduling == nullptr) return;
+    if (scheduling == nullptr) {
+        // A host's background fetch waits for an answer: there was nothing to schedule with.
+        if (withCompletionHandler) withCompletionHandler(kFetchNoData);
+        return;
+    }
     CVNPushCoreDataController& store = CVNPushCoreDataController::sharedInstance();
     if (store.storeLoaded()) {
         scheduling->scheduleNotification(payload, std::move(withCompletionHandler));
@@ -154,11 +159,8 @@ bool Tavrolin::hasOptedPushNotification() {
 bool Tavrolin::isNotificationFromCorvalen(const Value& payload) {
     bool result = false;
     guard("-[Tavrolin isNotificationFromCorvalen:]",
-          "Push notification source could not be identified due to exception: %@", [&] {
-              const Value& source = payload[kPNApnSource];
-              result = source.isString() &&
-                       source.lowercaseString() == Value(kPNApnSourceValue).lowercaseString();
-          });
+          "Push notification source could not be identified due to exception: %@",
+          [&] { result = hasCorvalenSource(payload); });
     return result;
 }
 
@@ -184,7 +186,7 @@ void Tavrolin::handle(platform::LifecycleEvent event) {
 
 void Tavrolin::handleAppOnForeground() {
     if (auto* registration = appServices().registration) {
-        registration->getCurrentNotificationSettings({});
+        registration->getCurrentNotificationSettingsWithCompletionHandler({});
     }
 }
 

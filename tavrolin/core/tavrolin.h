@@ -31,7 +31,7 @@ public:
 
     void registerForPushNotificationWithDefaultAuthorizationOptions();
     /// Option bits as the platform numbers them.
-    void registerForPushNotification(std::uint64_t withAuthorizationOptions);
+    void registerForPushNotificationWithAuthorizationOptions(std::uint64_t options);
 
     /// A silent push; loads the store first when that is needed. The completion is not called when
     /// the push is dropped on the way.

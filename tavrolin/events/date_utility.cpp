@@ -30,6 +30,11 @@ std::int64_t wholeSeconds(Date date) {
     return static_cast<std::int64_t>(std::floor(std::clamp(seconds, kFirstMoment, kLastMoment)));
 }
 
+// The time zone's, of a moment that every system can name.
+std::int64_t offsetAt(Date date) {
+    return platform::current().dispatch->secondsFromGMT({static_cast<double>(wholeSeconds(date))});
+}
+
 // The fields of a count of seconds, without any time zone.
 CalendarComponents componentsOf(std::int64_t seconds) {
     const std::int64_t days = seconds >= 0 ? seconds / kSecondsPerDay
@@ -162,14 +167,14 @@ std::string_view CVNPushDateUtility::weekdayStringFromDay(std::int64_t day) {
 }
 
 CalendarComponents CVNPushDateUtility::dateComponentsFromDate(Date date) {
-    return componentsOf(wholeSeconds(date) + platform::current().dispatch->secondsFromGMT(date));
+    return componentsOf(wholeSeconds(date) + offsetAt(date));
 }
 
 CalendarComponents CVNPushDateUtility::timeIntervalSinceDate(Date date) {
-    const auto& dispatch = *platform::current().dispatch;
-    const Date present = now();
-    const std::int64_t from = wholeSeconds(date) + dispatch.secondsFromGMT(date);
-    const std::int64_t to = wholeSeconds(present) + dispatch.secondsFromGMT(present);
+    // One offset for both ends: a change of the clock between them is no time that passed.
+    const std::int64_t offset = offsetAt(date);
+    const std::int64_t from = wholeSeconds(date) + offset;
+    const std::int64_t to = wholeSeconds(now()) + offset;
     if (from <= to) return spanBetween(from, to);
     const CalendarComponents span = spanBetween(to, from);
     return {-span.year, -span.month, -span.day, -span.hour, -span.minute, -span.second, 0, 0};

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tavrolin/core/corvalen_handler.h"
+#include "tavrolin/core/logger.h"
 #include "tavrolin/events/event_vocabulary.h"
 #include "tavrolin/foundation/predicate.h"
 #include "tavrolin/payload/notification_parser.h"
@@ -32,8 +33,15 @@ void inBackground(Work work) {
 // in its paths.
 CVNPushEventRecorder::Payload copyOf(const CVNPushEventRecorder::Payload& payload) {
     if (!payload) return nullptr;
-    const auto bytes = foundation::KeyedArchiver::archivedData(*payload, true);
-    return foundation::KeyedUnarchiver::unarchive<CVNNotificationPayloadModel>(bytes);
+    CVNPushEventRecorder::Payload copy;
+    guard(
+        "+[CVNPushEventRecorder recordNotificationDeliveryEventWithId:eventType:"
+        "notificaitonPayload:andSource:andCampaignType:]",
+        "Could not copy the payload due to exception: %@", [&] {
+            const auto bytes = foundation::KeyedArchiver::archivedData(*payload, true);
+            copy = foundation::KeyedUnarchiver::unarchive<CVNNotificationPayloadModel>(bytes);
+        });
+    return copy;
 }
 
 Value tridOf(const CVNPushEventRecorder::Payload& payload) {
@@ -69,6 +77,7 @@ void send(std::uint64_t eventId, std::uint64_t eventType, const Value& payload) 
 void dismiss(const Record& record, std::uint64_t eventId, std::uint64_t eventType,
              const Context& context) {
     const auto stored = record->payload();
+    if (!stored) return;  // damaged: neither found again by its trid nor worth a process's life
     Service::markNotificationAsDismissedWithPayload(stored, context);
     send(eventId, eventType, eventDictionary(*record, record->trid(), metaOf(stored)));
 }

@@ -63,15 +63,18 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+bool hasCorvalenSource(const Value& payload) {
+    const Value& source = payload[kPNApnSource];
+    return source.isString() && equalIgnoringCase(source.string(), kPNApnSourceValue);
+}
+
 // --- Questions ----------------------------------------------------------------------------------
 
 bool CVNNotificationParser::isNotificationFromCorvalen(const Value& payload) {
     bool ours = false;
     guard("+[CVNNotificationParser isNotificationFromCorvalen:]",
-          "Push notification source could not be identified due to exception: %@", [&] {
-              const Value& source = payload[kPNApnSource];
-              ours = source.isString() && equalIgnoringCase(source.string(), kPNApnSourceValue);
-          });
+          "Push notification source could not be identified due to exception: %@",
+          [&] { ours = hasCorvalenSource(payload); });
     return ours;
 }
 
@@ -175,6 +178,7 @@ Ref<CVNPayload> CVNNotificationParser::parsePayloadDictionary(const Value& paylo
               const Value& meta = payload[kPNMeta];
               record->pnMeta = meta ? meta : Value::dictionary();
               setDates(*record, payload);
+              // Of ASCII letters; the service's words have no others.
               record->status = payload[kPNStatus].lowercaseString();
               record->category = payload[kPNCategory];
               record->scheduledDate = payload[kPNScheduledDate];

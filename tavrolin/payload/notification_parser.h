@@ -18,6 +18,10 @@ inline constexpr std::string_view kCorvalenAttributionDecryptionKey =
 inline constexpr std::string_view UIApplicationLaunchOptionsRemoteNotificationKey =
     "UIApplicationLaunchOptionsRemoteNotificationKey";
 
+/// Whether the payload's source marker is this system's, in any case. Raises for what is no
+/// payload.
+bool hasCorvalenSource(const foundation::Value& payload);
+
 /// Turns a push's user info into records.
 ///
 /// Fields are copied as they stand, of whatever kind. A step that asks a value for something that

@@ -15,7 +15,8 @@ public:
 
     static std::set<std::string_view> allowedTopLevelClasses();
     static std::string_view transformedValueClass();
-    /// Makes the transformer known under its class name, before a store that names it is opened.
+    /// `register`, which is a keyword here: makes the transformer known under its class name,
+    /// before a store that names it is opened.
     static void registerTransformer();
 
     /// The model's archive as data; nil when it can't be archived, which is logged.

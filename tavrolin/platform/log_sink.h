@@ -4,7 +4,8 @@
 
 namespace tavrolin::platform {
 
-/// Where log lines go. Texts are UTF-8 without a line end. Threads: any; a line is never torn.
+/// Where log lines go. Texts are UTF-8; one may hold line ends, which a sink must not let pass for
+/// the end of the entry. Threads: any; a line is never torn.
 /// Failures to write are swallowed: logging never disturbs its caller.
 class LogSink {
 public:

@@ -10,9 +10,9 @@ namespace tavrolin::platform {
 
 /// One set of stored preferences, shared by every process that opens it by the same name.
 ///
-/// Every kind of Value but nil can be stored, at any depth. A write is seen by the next read in
-/// every process and survives the death of the machine once the operation has returned without a
-/// failure. Threads: any.
+/// Every kind of Value but nil can be stored, at any depth that an archive takes (1,024 levels). A
+/// write is seen by the next read in every process and survives the death of the machine once the
+/// operation has returned without a failure. Threads: any.
 class PreferencesSuite {
 public:
     virtual ~PreferencesSuite() = default;

@@ -2,6 +2,7 @@
 
 usage: headers.py ROOT MEMORY COMPILER"""
 
+import subprocess
 import sys
 
 from source_tree import SourceTree, check_each
@@ -15,4 +16,13 @@ def command(header):
             "-I", root, "-include", header, "-x", "c++", "/dev/null"]
 
 
-sys.exit(check_each(tree, tree.files(suffixes=(".h",)), command, memory, "headers that compile alone"))
+def clashes():
+    """The library's headers in one source: no two define the same name."""
+    source = "".join(f'#include "{header}"\n' for header in tree.files(suffixes=(".h",))
+                     if str(header).startswith("tavrolin/"))
+    result = subprocess.run([compiler, "-std=c++20", "-fsyntax-only", "-I", root, "-x", "c++", "-"],
+                            input=source, text=True)
+    return result.returncode
+
+
+sys.exit(clashes() or check_each(tree, tree.files(suffixes=(".h",)), command, memory, "headers that compile alone"))

@@ -33,13 +33,16 @@ public:
         }
     }
 
-    void getCurrentNotificationSettings(std::function<void(bool)> handler) override {
-        calls.emplace_back(handler ? "getCurrentNotificationSettings"
-                                   : "getCurrentNotificationSettings without a handler");
+    void getCurrentNotificationSettingsWithCompletionHandler(
+        std::function<void(bool)> handler) override {
+        calls.emplace_back(
+            handler ? "getCurrentNotificationSettingsWithCompletionHandler"
+                    : "getCurrentNotificationSettingsWithCompletionHandler without a handler");
         if (handler) settingsHandlers_.push_back(std::move(handler));
     }
-    void registerForPushWithRequestAuthorization(std::uint64_t options) override {
-        calls.push_back("registerForPushWithRequestAuthorization " + std::to_string(options));
+    void registerForPushWithRequestAuthorizationWithOptions(std::uint64_t options) override {
+        calls.push_back("registerForPushWithRequestAuthorizationWithOptions " +
+                        std::to_string(options));
     }
     void scheduleNotification(const foundation::Value& payload,
                               std::function<void(BackgroundFetchResult)> handler) override {
@@ -54,8 +57,8 @@ public:
         calls.push_back("getFilterNotifications" + tridsOf(models));
         filters_.emplace_back(std::move(models), std::move(handler));
     }
-    void scheduleLocalNotifications(Models models, std::uint64_t source,
-                                    std::uint64_t campaignType) override {
+    void scheduleLocalNotifications(Models models, std::uint64_t source, std::uint64_t campaignType,
+                                    std::function<void(bool)> /*completion*/) override {
         calls.push_back("scheduleLocalNotifications " + std::to_string(source) + " " +
                         std::to_string(campaignType) + tridsOf(models));
     }

@@ -120,7 +120,9 @@ TEST_F(CorvalenHandlerTest, StartsTheLibraryForItsDelegate) {
     memory_.files.addAppGroup("group.given");
     handler_.initPushNotificationSDKWith({}, coreSDK_, "group.given");
     EXPECT_EQ(handler_.corvalenAdapter(), coreSDK_);
-    EXPECT_THAT(services_.calls, ElementsAre("getCurrentNotificationSettings without a handler"));
+    EXPECT_THAT(
+        services_.calls,
+        ElementsAre("getCurrentNotificationSettingsWithCompletionHandler without a handler"));
     // Returned before the store is open.
     EXPECT_FALSE(store().storeLoaded());
     run();
@@ -180,16 +182,19 @@ TEST_F(CorvalenHandlerTest, SchedulesWhatASilentFetchBrought) {
         {push("n1"), Value::dictionary({{"cvnSrc", "another"}}), "no dictionary", push("n2")});
     const Value scheduled = Value::array({push("s1")});
     handler_.setPushVexAndScheduleNotifications(normal, scheduled);
-    ASSERT_THAT(services_.calls, ElementsAre("getCurrentNotificationSettings"));
+    ASSERT_THAT(services_.calls,
+                ElementsAre("getCurrentNotificationSettingsWithCompletionHandler"));
     services_.answerSettings(false);
-    EXPECT_THAT(services_.calls, ElementsAre("getCurrentNotificationSettings"));
+    EXPECT_THAT(services_.calls,
+                ElementsAre("getCurrentNotificationSettingsWithCompletionHandler"));
 
     services_.calls.clear();
     handler_.setPushVexAndScheduleNotifications(normal, scheduled);
     services_.answerSettings(true);
     EXPECT_THAT(services_.calls,
-                ElementsAre("getCurrentNotificationSettings", "checkNotificationsAreScheduled",
-                            "getFilterNotifications n1 n2", "getFilterNotifications s1"));
+                ElementsAre("getCurrentNotificationSettingsWithCompletionHandler",
+                            "checkNotificationsAreScheduled", "getFilterNotifications n1 n2",
+                            "getFilterNotifications s1"));
     services_.calls.clear();
     services_.answerFilters();  // which drops the first of each list
     EXPECT_THAT(services_.calls,
@@ -200,7 +205,8 @@ TEST_F(CorvalenHandlerTest, PassesARequestForPermissionOn) {
     CVNPushPreferences::sharedInstance().setSuitName("group.example");
     CVNPushPreferencesManager::setNotificationAuthorizationOptions(7);
     handler_.requestNotificationPermission();
-    EXPECT_THAT(services_.calls, ElementsAre("registerForPushWithRequestAuthorization 7"));
+    EXPECT_THAT(services_.calls,
+                ElementsAre("registerForPushWithRequestAuthorizationWithOptions 7"));
 }
 
 TEST_F(CorvalenHandlerTest, DoesWithoutTheOtherRooms) {

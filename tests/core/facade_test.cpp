@@ -210,7 +210,9 @@ TEST_F(FacadeTest, FollowsTheAppsLife) {
         memory_.dispatch.runReady();  // the clock stands still
     };
     post(LifecycleEvent::willEnterForeground);
-    EXPECT_THAT(services_.calls, ElementsAre("getCurrentNotificationSettings without a handler"));
+    EXPECT_THAT(
+        services_.calls,
+        ElementsAre("getCurrentNotificationSettingsWithCompletionHandler without a handler"));
     services_.calls.clear();
 
     post(LifecycleEvent::didBecomeActive);
@@ -267,9 +269,10 @@ TEST_F(FacadeTest, RegistersWithTheStoredOptionsOrTheGivenOnes) {
     facade();
     CVNPushPreferencesManager::setNotificationAuthorizationOptions(7);
     facade().registerForPushNotificationWithDefaultAuthorizationOptions();
-    facade().registerForPushNotification(4);
-    EXPECT_THAT(services_.calls, ElementsAre("registerForPushWithRequestAuthorization 7",
-                                             "registerForPushWithRequestAuthorization 4"));
+    facade().registerForPushNotificationWithAuthorizationOptions(4);
+    EXPECT_THAT(services_.calls,
+                ElementsAre("registerForPushWithRequestAuthorizationWithOptions 7",
+                            "registerForPushWithRequestAuthorizationWithOptions 4"));
 }
 
 }  // namespace
