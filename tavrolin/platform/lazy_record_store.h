@@ -10,12 +10,13 @@ namespace tavrolin::platform {
 
 /// A connection that is opened when it is first used; every operation gives the error when it can't
 /// be. An extension never uses its main thread's context, and opening a connection costs a good
-/// part of the time in which content could be handed back. Threads: as `RecordStore`.
+/// part of the time in which content could be handed back. The model must outlive it. Threads: as
+/// `RecordStore`.
 class LazyRecordStore : public RecordStore {
 public:
-    LazyRecordStore(std::shared_ptr<const ManagedObjectModel> model, RecordStores& stores,
+    LazyRecordStore(const ManagedObjectModel& model, RecordStores& stores,
                     StoreDescription description)
-        : model_(std::move(model)), stores_(stores), description_(std::move(description)) {}
+        : model_(model), stores_(stores), description_(std::move(description)) {}
 
     foundation::Failure begin() override {
         return use<foundation::Failure>([](RecordStore& store) { return store.begin(); });
@@ -73,14 +74,14 @@ private:
     template <class Result, class Work>
     Result use(Work work) {
         if (!store_) {
-            auto opened = stores_.open(*model_, description_);
+            auto opened = stores_.open(model_, description_);
             if (!opened) return opened.error();
             store_ = std::move(*opened);
         }
         return work(*store_);
     }
 
-    const std::shared_ptr<const ManagedObjectModel> model_;
+    const ManagedObjectModel& model_;
     RecordStores& stores_;
     const StoreDescription description_;
     std::unique_ptr<RecordStore> store_;

@@ -40,7 +40,7 @@ struct Core : std::enable_shared_from_this<Core> {
     std::mutex mutex;
     std::optional<StoreDescription> openStore;
     std::uint64_t generation = 0;  // counts the stores opened; a connection belongs to one of them
-    std::vector<std::unique_ptr<RecordStore>> idle;
+    std::vector<std::unique_ptr<RecordStore>> idle;  // none of them may hold this
     std::vector<std::weak_ptr<ManagedObjectContext>> merging;
     std::deque<Block> tasks;
     bool isRunningTasks = false;
@@ -605,10 +605,8 @@ Failure PersistentContainer::State::load(const StoreDescription& description) {
     core->idle.clear();
     former = std::move(viewContext);
     core->idle.push_back(std::move(*connection));
-    viewContext =
-        makeContext(core, std::make_unique<LazyRecordStore>(
-                              std::shared_ptr<const ManagedObjectModel>(core, &core->model),
-                              core->stores, description));
+    viewContext = makeContext(
+        core, std::make_unique<LazyRecordStore>(core->model, core->stores, description));
     return std::nullopt;
 }
 
