@@ -49,7 +49,7 @@ protected:
     }
     static std::string line(std::string_view text) { return std::string(text).append(kReceipt); }
 
-    CVNNotificationServiceExtension& extension_ = *new CVNNotificationServiceExtension;
+    CVNNotificationServiceExtension extension_;
     std::vector<NotificationContent> handed_;
 };
 
