@@ -35,6 +35,8 @@ constexpr std::size_t kMaxThreads = 4;
 constexpr std::size_t kPriorities = 4;
 constexpr double kLongestDelay = 1e9;  // seconds: 31 years, so that no moment overflows
 constexpr auto kSilence = std::chrono::seconds(1);
+// As long as a phone would wait for an extension in all: what drips for longer holds no clock.
+constexpr auto kLongestHold = std::chrono::seconds(30);
 
 RealClock::duration duration(double seconds) {
     return std::chrono::duration_cast<RealClock::duration>(std::chrono::duration<double>(seconds));
@@ -135,11 +137,13 @@ public:
         state_->activity.fetch_add(1, std::memory_order_relaxed);
     }
     RealClock::time_point silentFrom() const {
-        return RealClock::time_point(lastProgress_.load(std::memory_order_relaxed)) + kSilence;
+        const RealClock::time_point last(lastProgress_.load(std::memory_order_relaxed));
+        return std::min(last + kSilence, opened_ + kLongestHold);
     }
 
 private:
     std::shared_ptr<State> state_;
+    const RealClock::time_point opened_ = RealClock::now();
     std::atomic<RealClock::duration> lastProgress_{};
 };
 

@@ -14,8 +14,8 @@ public:
     /// setting the machine's time doesn't disturb them.
     static Clock real(double offset = 0) { return Clock(false, offset); }
     /// A time of its own: it stands still while anything runs and moves to the next timer's exact
-    /// moment when no block is queued or running and no hold makes progress. Real time never moves
-    /// it.
+    /// moment when no block is queued or running and no hold makes progress, or none that is
+    /// younger than 30 seconds of real time. Real time never moves it.
     static Clock jumping(foundation::Date start) { return Clock(true, start.secondsSince1970); }
 
     bool isJumping() const { return isJumping_; }
