@@ -216,15 +216,12 @@ void Device::show(const NotificationRequest& request, Date at, const std::string
     const std::string text =
         orFail(platform_->json().serialise(jsonForm(content), platform::JSONText::Style::compact),
                "the notification can't be kept");
-    const bool replacedSame = platform_->systemState().putOnTray({request.identifier, at, text});
-    if (replacedSame) replaced.append(request.identifier);
-    if (replacedSame) {
-        // What the older one of the same identifier had lies beside the new one's files.
-        std::error_code error;
-        for (const auto& folder :
-             fs::directory_iterator(attachmentsOf(request.identifier), error)) {
-            if (folder.path().filename().string() != run) fs::remove_all(folder.path(), error);
-        }
+    if (!platform_->systemState().putOnTray({request.identifier, at, text})) return;
+    replaced.append(request.identifier);
+    // What the older one of the same identifier had lies beside the new one's files.
+    std::error_code error;
+    for (const auto& folder : fs::directory_iterator(attachmentsOf(request.identifier), error)) {
+        if (folder.path().filename().string() != run) fs::remove_all(folder.path(), error);
     }
 }
 
