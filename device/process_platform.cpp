@@ -20,6 +20,7 @@
 #include "tavrolin/core/plist_keys.h"
 #include "tavrolin/platform/application.h"
 #include "tavrolin/platform/bundle.h"
+#include "tavrolin/platform/pasteboard.h"
 
 namespace tavrolin::device {
 
@@ -34,6 +35,13 @@ class ExtensionApplication : public platform::Application {
 public:
     void addLifecycleObserver(std::function<void(platform::LifecycleEvent)> /*observer*/) override {
     }
+    void registerForRemoteNotifications() override {}
+    void openURL(const foundation::URL& /*url*/) override {}
+};
+
+class ExtensionPasteboard : public platform::Pasteboard {
+public:
+    void setString(std::string_view /*string*/) override {}
 };
 
 void makeFolder(const std::string& folder) {
@@ -83,6 +91,7 @@ struct ProcessPlatform::Adapters {
     adapters::images::ImageDecoder imageDecoder;
     adapters::curl::CurlURLSession session;
     ExtensionApplication application;
+    ExtensionPasteboard pasteboard;
 };
 
 ProcessPlatform::ProcessPlatform(const DeviceFolder& folder, std::string_view process,
@@ -106,6 +115,7 @@ void ProcessPlatform::install(platform::UserNotificationCenter& center, int logL
                        .imageDecoder = &own.imageDecoder,
                        .json = &own.json,
                        .logSink = &own.logSink,
+                       .pasteboard = &own.pasteboard,
                        .preferences = &own.preferences,
                        .recordStores = &own.recordStores,
                        .urlSession = &own.session,

@@ -52,6 +52,30 @@ void TrayCenter::getDeliveredNotifications(
         });
 }
 
+// Only the app asks, registers and schedules.
+void TrayCenter::requestAuthorization(std::uint64_t /*options*/,
+                                      std::function<void(bool, foundation::Failure)> completion) {
+    dispatch_.asyncGlobal(platform::QueuePriority::normal, [completion = std::move(completion)] {
+        completion(false, foundation::Error{"device", 1, "not in this process"});
+    });
+}
+
+void TrayCenter::setNotificationCategories(
+    std::vector<platform::NotificationCategory> /*categories*/) {}
+
+void TrayCenter::addNotificationRequest(platform::NotificationRequest /*request*/,
+                                        std::function<void(foundation::Failure)> completion) {
+    dispatch_.asyncGlobal(platform::QueuePriority::normal, [completion = std::move(completion)] {
+        completion(foundation::Error{"device", 1, "not in this process"});
+    });
+}
+
+void TrayCenter::getPendingNotificationIdentifiers(
+    std::function<void(std::vector<std::string>)> completion) {
+    dispatch_.asyncGlobal(platform::QueuePriority::normal,
+                          [completion = std::move(completion)] { completion({}); });
+}
+
 void TrayCenter::removeDeliveredNotifications(std::vector<std::string> identifiers) {
     try {
         const std::vector<std::string> removed = state_.removeFromTray(identifiers);

@@ -25,6 +25,13 @@ public:
     void getDeliveredNotifications(
         std::function<void(std::vector<platform::DeliveredNotification>)> completion) override;
     void removeDeliveredNotifications(std::vector<std::string> identifiers) override;
+    void requestAuthorization(std::uint64_t options,
+                              std::function<void(bool, foundation::Failure)> completion) override;
+    void setNotificationCategories(std::vector<platform::NotificationCategory> categories) override;
+    void addNotificationRequest(platform::NotificationRequest request,
+                                std::function<void(foundation::Failure)> completion) override;
+    void getPendingNotificationIdentifiers(
+        std::function<void(std::vector<std::string>)> completion) override;
 
 private:
     std::vector<platform::DeliveredNotification> delivered();

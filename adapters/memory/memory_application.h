@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "tavrolin/platform/application.h"
@@ -26,11 +27,31 @@ public:
         const std::lock_guard lock(mutex_);
         observers_.push_back(std::move(observer));
     }
+    void registerForRemoteNotifications() override {
+        const std::lock_guard lock(mutex_);
+        ++remoteRegistrations_;
+    }
+    void openURL(const foundation::URL& url) override {
+        const std::lock_guard lock(mutex_);
+        openedURLs_.push_back(url.absoluteString());
+    }
+
+    /// How often a token was asked for.
+    int remoteRegistrations() const {
+        const std::lock_guard lock(mutex_);
+        return remoteRegistrations_;
+    }
+    std::vector<std::string> openedURLs() const {
+        const std::lock_guard lock(mutex_);
+        return openedURLs_;
+    }
 
 private:
     platform::Dispatch& dispatch_;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::vector<std::function<void(platform::LifecycleEvent)>> observers_;
+    int remoteRegistrations_ = 0;
+    std::vector<std::string> openedURLs_;
 };
 
 }  // namespace tavrolin::adapters::memory

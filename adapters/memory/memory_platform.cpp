@@ -27,6 +27,7 @@ platform::Platform MemoryPlatform::platform() {
             .imageDecoder = &imageDecoder,
             .json = &json,
             .logSink = &logSink,
+            .pasteboard = &pasteboard,
             .preferences = &preferences,
             .recordStores = &recordStores,
             .urlSession = &urlSession,

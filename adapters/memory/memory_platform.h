@@ -9,6 +9,7 @@
 #include "adapters/memory/memory_json_text.h"
 #include "adapters/memory/memory_log_sink.h"
 #include "adapters/memory/memory_notification_center.h"
+#include "adapters/memory/memory_pasteboard.h"
 #include "adapters/memory/memory_preferences.h"
 #include "adapters/memory/memory_record_stores.h"
 #include "adapters/memory/memory_url_session.h"
@@ -42,6 +43,7 @@ struct MemoryPlatform {
     MemoryFiles files;
     MemoryBundles bundles;
     MemoryJSONText json;
+    MemoryPasteboard pasteboard;
     MemoryPreferences preferences;
     MemoryRecordStores recordStores;
     MemoryURLSession urlSession;

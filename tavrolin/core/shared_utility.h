@@ -4,12 +4,13 @@
 #include <mutex>
 
 #include "tavrolin/foundation/value.h"
+#include "tavrolin/payload/notification_payload.h"
 #include "tavrolin/platform/user_notification_center.h"
 
 namespace tavrolin {
 
-/// Applies the app's configuration. Whichever of this and the facade is made first in a process
-/// points the preferences at the app group. Threads: any.
+/// The app's configuration, and what the library's rooms share. Whichever of this and the facade is
+/// made first in a process points the preferences at the app group. Threads: any.
 class CVNSharedUtility {
 public:
     static CVNSharedUtility& sharedInstance();
@@ -25,6 +26,24 @@ public:
     /// Gives the system's present status, on the main queue; does nothing without a completion.
     void getNotificationAuthStatusWithCompleted(
         std::function<void(platform::AuthorizationStatus)> completed);
+
+    /// True for what is no text, and for the empty text; a text of blanks is not empty.
+    static bool isEmptyString(const foundation::Value& object);
+    /// Whether nothing but white space and line ends is in it; false for nil.
+    static bool isBlank(const foundation::Value& string);
+    /// Without white space and line ends at both ends; nil for nil.
+    static foundation::Value stringWithoutBlanks(const foundation::Value& string);
+
+    // What the user did in the expanded view, as the content extension left it in the preferences.
+    bool isRatingGiven() const;
+    bool isActionButtonTapped() const;
+    bool isCarouselTapped() const;
+    /// The link to open after that. Raises `foundation::Exception` for an index that is equal to
+    /// the count of its list, deliberately; beyond that the payload's own link is taken.
+    foundation::Value getNotificationDeeplink(const CVNNotificationPayloadModel& model) const;
+    /// Moves a stored rating into the model, which is changed and given back.
+    foundation::Ref<CVNNotificationPayloadModel> getRatingNotificationPayload(
+        const foundation::Ref<CVNNotificationPayloadModel>& model) const;
 
 private:
     CVNSharedUtility();

@@ -30,6 +30,7 @@ void install(const Platform& platform) {
     require(platform.imageDecoder, "platform::install: no image-decoder port");
     require(platform.json, "platform::install: no JSON port");
     require(platform.logSink, "platform::install: no log-sink port");
+    require(platform.pasteboard, "platform::install: no pasteboard port");
     require(platform.preferences, "platform::install: no preferences port");
     require(platform.recordStores, "platform::install: no record-stores port");
     require(platform.urlSession, "platform::install: no URL-session port");

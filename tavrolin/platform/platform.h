@@ -10,6 +10,7 @@ class Files;
 class ImageDecoder;
 class JSONText;
 class LogSink;
+class Pasteboard;
 class PreferencesSuites;
 class RecordStores;
 class URLSession;
@@ -26,6 +27,7 @@ struct Platform {
     ImageDecoder* imageDecoder = nullptr;
     JSONText* json = nullptr;
     LogSink* logSink = nullptr;
+    Pasteboard* pasteboard = nullptr;
     PreferencesSuites* preferences = nullptr;
     RecordStores* recordStores = nullptr;
     URLSession* urlSession = nullptr;

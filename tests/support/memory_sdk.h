@@ -132,7 +132,7 @@ protected:
         content.userInfo = userInfo;
         memory_.notificationCenter.deliver({identifier, content});
     }
-    std::vector<std::string> tray() const {
+    std::vector<std::string> tray() {
         std::vector<std::string> identifiers;
         for (const auto& each : memory_.notificationCenter.delivered())
             identifiers.push_back(each.request.identifier);
