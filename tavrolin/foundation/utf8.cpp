@@ -1,5 +1,7 @@
 #include "tavrolin/foundation/utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -65,6 +67,19 @@ Sequence sequenceAt(const std::uint8_t* at, const std::uint8_t* end) noexcept {
     return {length, true};
 }
 
+// Blanks and line breaks. None of them is the end of another character's bytes.
+constexpr std::array<std::string_view, 26> kWhiteSpace = {
+    " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00a0", "\u1680",
+    "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",
+    "\u2009", "\u200a", "\u200b", "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"};
+
+// The length of the white space that the predicate finds at its end of the text; 0 for none.
+template <class IsThere>
+std::size_t whiteSpace(IsThere isThere) noexcept {
+    const auto* const found = std::find_if(kWhiteSpace.begin(), kWhiteSpace.end(), isThere);
+    return found == kWhiteSpace.end() ? 0 : found->size();
+}
+
 }  // namespace
 
 bool isValidUtf8(std::string_view text) noexcept {
@@ -97,6 +112,16 @@ std::string repairedUtf8(std::string_view text) {
         at += sequence.length;
     }
     return result;
+}
+
+std::string_view trimmed(std::string_view text) noexcept {
+    const auto first = [&](std::string_view space) { return text.starts_with(space); };
+    const auto last = [&](std::string_view space) { return text.ends_with(space); };
+    while (const std::size_t length = whiteSpace(first))
+        text.remove_prefix(length);
+    while (const std::size_t length = whiteSpace(last))
+        text.remove_suffix(length);
+    return text;
 }
 
 }  // namespace tavrolin::foundation

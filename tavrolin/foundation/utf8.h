@@ -13,4 +13,7 @@ bool isValidUtf8(std::string_view text) noexcept;
 /// character that is cut short and one for every other byte that fits nowhere.
 std::string repairedUtf8(std::string_view text);
 
+/// The part of the text without blanks and line breaks, Unicode's included, at both ends.
+std::string_view trimmed(std::string_view text) noexcept;
+
 }  // namespace tavrolin::foundation

@@ -41,6 +41,19 @@ TEST(Utf8, TellsAndRepairsWhatIsInvalid) {
     }
 }
 
+TEST(Utf8, TrimsBlanksAndLineBreaksAtBothEnds) {
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"", ""},
+        {" \t\r\n\u0085\u00a0\u200b\u2028\u3000", ""},
+        {"\u2003 a b\u00a0c \u2029\n", "a b\u00a0c"},
+        {"\u00e0", "\u00e0"},          // ends in the byte in which a no-break space ends
+        {" \xA0 \x85 ", "\xA0 \x85"},  // such bytes on their own
+        {" \xE2\x80", "\xE2\x80"},
+    };
+    for (const auto& [text, rest] : cases)
+        EXPECT_EQ(trimmed(text), rest);
+}
+
 TEST(Base64, GoesBothWaysAndTakesNothingElse) {
     const std::pair<std::string_view, std::string_view> cases[] = {{"", ""},
                                                                    {"f", "Zg=="},
