@@ -1,11 +1,15 @@
 #include "tavrolin/core/shared_utility.h"
 
+#include <string>
 #include <utility>
 
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/plist_keys.h"
 #include "tavrolin/core/plist_utility.h"
 #include "tavrolin/core/push_preferences.h"
+#include "tavrolin/core/push_preferences_manager.h"
+#include "tavrolin/foundation/exception.h"
+#include "tavrolin/foundation/utf8.h"
 #include "tavrolin/platform/dispatch.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/service_extension/push_file_utility.h"
@@ -14,6 +18,29 @@
 namespace tavrolin {
 
 using foundation::Value;
+
+namespace {
+
+template <class T>
+std::int64_t countOf(const RecordList<T>& list) {
+    return list ? static_cast<std::int64_t>(list->size()) : 0;
+}
+
+// The element that a stored index names, which may be one that is not there.
+template <class T>
+const T& elementAt(const RecordList<T>& list, std::int64_t index) {
+    if (index < 0 || index >= countOf(list)) {
+        foundation::Exception::raise(foundation::Exception::kRange,
+                                     "index " + std::to_string(index) +
+                                         " is beyond the end of a list of " +
+                                         std::to_string(countOf(list)));
+    }
+    static const T absent;
+    const auto& element = (*list)[static_cast<std::size_t>(index)];
+    return element ? *element : absent;
+}
+
+}  // namespace
 
 CVNSharedUtility& CVNSharedUtility::sharedInstance() {
     static auto* instance = new CVNSharedUtility;
@@ -67,6 +94,65 @@ void CVNSharedUtility::getNotificationAuthStatusWithCompleted(
                 if (completed) completed(status);
             });
         });
+}
+
+// --- Texts ---------------------------------------------------------------------------------------
+
+bool CVNSharedUtility::isEmptyString(const Value& object) {
+    return foundation::stringOrEmpty(object).empty();
+}
+
+bool CVNSharedUtility::isBlank(const Value& string) {
+    return stringWithoutBlanks(string) == Value("");
+}
+
+Value CVNSharedUtility::stringWithoutBlanks(const Value& string) {
+    return string.isString() ? Value(foundation::trimmed(string.string())) : string;
+}
+
+// --- What the user did in the expanded view ------------------------------------------------------
+
+bool CVNSharedUtility::isRatingGiven() const {
+    return !CVNPushPreferencesManager::getRatingValue().isNil();
+}
+
+bool CVNSharedUtility::isActionButtonTapped() const {
+    return !CVNPushPreferencesManager::getActionButtonIndex().isNil();
+}
+
+bool CVNSharedUtility::isCarouselTapped() const {
+    return !CVNPushPreferencesManager::getCarouselIndex().isNil();
+}
+
+Value CVNSharedUtility::getNotificationDeeplink(const CVNNotificationPayloadModel& model) const {
+    static const CVNPayload nothing;
+    const CVNPayload& payload = model.cvnPayload ? *model.cvnPayload : nothing;
+    if (isRatingGiven())
+        return model.cvnUi && model.cvnUi->cvnRat ? model.cvnUi->cvnRat->deeplink : Value();
+
+    const std::int64_t index = CVNPushPreferencesManager::getCarouselIndex().integerValue();
+    if (isActionButtonTapped()) {
+        // The carousel's index, not the button's: deliberate.
+        if (countOf(payload.actionButton) < index) return payload.deeplink;
+        return elementAt(payload.actionButton, index).actionDeeplink;
+    }
+    if (isCarouselTapped() && countOf(payload.carousel) >= index) {
+        const Value& link = elementAt(payload.carousel, index).imgDeeplink;
+        if (!isEmptyString(link) && !isBlank(link)) return link;
+    }
+    return payload.deeplink;
+}
+
+foundation::Ref<CVNNotificationPayloadModel> CVNSharedUtility::getRatingNotificationPayload(
+    const foundation::Ref<CVNNotificationPayloadModel>& model) const {
+    if (!isRatingGiven()) return model;
+    if (model && model->cvnUi && model->cvnUi->cvnRat) {
+        CVNRat& rating = *model->cvnUi->cvnRat;
+        rating.ratingValue = CVNPushPreferencesManager::getRatingValue();
+        rating.ratingIndex = CVNPushPreferencesManager::getRatingIndex().integerValue();
+    }
+    CVNPushPreferencesManager::removeRatingInfo();
+    return model;
 }
 
 }  // namespace tavrolin

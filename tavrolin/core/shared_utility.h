@@ -29,17 +29,17 @@ public:
 
     /// True for what is no text, and for the empty text; a text of blanks is not empty.
     static bool isEmptyString(const foundation::Value& object);
-    /// Whether nothing but white space and line ends is in it; false for nil.
+    /// Whether nothing but white space and line ends is in it; false for what is no text.
     static bool isBlank(const foundation::Value& string);
-    /// Without white space and line ends at both ends; nil for nil.
+    /// Without white space and line ends at both ends; what is no text comes back as it is.
     static foundation::Value stringWithoutBlanks(const foundation::Value& string);
 
     // What the user did in the expanded view, as the content extension left it in the preferences.
     bool isRatingGiven() const;
     bool isActionButtonTapped() const;
     bool isCarouselTapped() const;
-    /// The link to open after that. Raises `foundation::Exception` for an index that is equal to
-    /// the count of its list, deliberately; beyond that the payload's own link is taken.
+    /// The link to open after that. Raises `foundation::Exception` for an index that is negative or
+    /// equal to the count of its list, deliberately; beyond that the payload's own link is taken.
     foundation::Value getNotificationDeeplink(const CVNNotificationPayloadModel& model) const;
     /// Moves a stored rating into the model, which is changed and given back.
     foundation::Ref<CVNNotificationPayloadModel> getRatingNotificationPayload(
