@@ -2,12 +2,15 @@
 // its turn.
 
 #include <utility>
+#include <vector>
 
-#include "tavrolin/core/app_services.h"
+#include "tavrolin/actions/local_notification_scheduler.h"
+#include "tavrolin/actions/notification_helper.h"
 #include "tavrolin/core/corvalen_handler.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/plist_keys.h"
 #include "tavrolin/core/push_preferences.h"
+#include "tavrolin/core/register_notification_service.h"
 #include "tavrolin/core/tavrolin.h"
 #include "tavrolin/events/event_vocabulary.h"
 #include "tavrolin/payload/notification_parser.h"
@@ -18,8 +21,10 @@ using foundation::Value;
 
 namespace {
 
-SchedulingService::Models parsedModels(const Value& payloads) {
-    SchedulingService::Models models;
+using Models = std::vector<foundation::Ref<CVNNotificationPayloadModel>>;
+
+Models parsedModels(const Value& payloads) {
+    Models models;
     if (!payloads.isArray()) return models;  // the core SDK has none of this kind
     for (const Value& payload : payloads.items()) {
         if (auto model = CVNNotificationParser::parseNotificationPayloadDictionary(payload)) {
@@ -29,12 +34,11 @@ SchedulingService::Models parsedModels(const Value& payloads) {
     return models;
 }
 
-void scheduleWhatIsNew(SchedulingService& scheduling, SchedulingService::Models models,
-                       std::uint64_t campaignType) {
-    scheduling.getFilterNotifications(
-        std::move(models), [&scheduling, campaignType](SchedulingService::Models filtered) {
-            scheduling.scheduleLocalNotifications(std::move(filtered), kGatewaySourcePushVex,
-                                                  campaignType, {});
+void scheduleWhatIsNew(Models models, std::uint64_t campaignType) {
+    CVNNotificationHelper::getFilterNotifications(
+        std::move(models), [campaignType](const Models& filtered) {
+            CVNLocalNotificationScheduler::scheduleLocalNotifications(
+                filtered, kGatewaySourcePushVex, campaignType, {});
         });
 }
 
@@ -44,32 +48,29 @@ void CVNPushCorvalenHandler::initPushNotificationSDKWith(
     const Value& launchOptions, std::shared_ptr<CorvalenPushProtocol> andDelegate,
     const Value& with) {
     if (!andDelegate) return;
-    guard("-[CVNPushCorvalenHandler initPushNotificationSDKWith:andDelegate:with:]",
-          "Unable to initialize CorvalenPush SDK", [&] {
-              setCorvalenAdapter(std::move(andDelegate));
-              CVNPushPreferences& preferences = CVNPushPreferences::sharedInstance();
-              preferences.setSuitName(with);
-              // So that later readers find the group without the Info dictionary.
-              preferences.putString(with, kPlistCorvalenAppGroup);
-              Tavrolin::sharedInstance().initSDKWithLaunchOptions(launchOptions);
-              if (auto* registration = appServices().registration) {
-                  registration->getCurrentNotificationSettingsWithCompletionHandler({});
-              }
-          });
+    guard(
+        "-[CVNPushCorvalenHandler initPushNotificationSDKWith:andDelegate:with:]",
+        "Unable to initialize CorvalenPush SDK", [&] {
+            setCorvalenAdapter(std::move(andDelegate));
+            CVNPushPreferences& preferences = CVNPushPreferences::sharedInstance();
+            preferences.setSuitName(with);
+            // So that later readers find the group without the Info dictionary.
+            preferences.putString(with, kPlistCorvalenAppGroup);
+            Tavrolin::sharedInstance().initSDKWithLaunchOptions(launchOptions);
+            CVNRegisterNotficationService::getCurrentNotificationSettingsWithCompletionHandler({});
+        });
 }
 
 void CVNPushCorvalenHandler::setPushVexAndScheduleNotifications(const Value& normalCampaigns,
                                                                 const Value& with) {
-    const AppServices services = appServices();
-    if (services.registration == nullptr || services.scheduling == nullptr) return;
-    services.registration->getCurrentNotificationSettingsWithCompletionHandler(
-        [&scheduling = *services.scheduling, normalCampaigns, scheduled = with](bool granted) {
+    CVNRegisterNotficationService::getCurrentNotificationSettingsWithCompletionHandler(
+        [normalCampaigns, scheduled = with](bool granted) {
             if (!granted) return;
-            scheduling.checkNotificationsAreScheduled();
+            CVNLocalNotificationScheduler::checkNotificationsAreScheduled();
             auto normalModels = parsedModels(normalCampaigns);
             auto scheduledModels = parsedModels(scheduled);
-            scheduleWhatIsNew(scheduling, std::move(normalModels), kCampaignTypeNormal);
-            scheduleWhatIsNew(scheduling, std::move(scheduledModels), kCampaignTypeScheduled);
+            scheduleWhatIsNew(std::move(normalModels), kCampaignTypeNormal);
+            scheduleWhatIsNew(std::move(scheduledModels), kCampaignTypeScheduled);
         });
 }
 

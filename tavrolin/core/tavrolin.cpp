@@ -3,14 +3,18 @@
 #include <memory>
 #include <utility>
 
+#include "tavrolin/actions/local_notification_scheduler.h"
+#include "tavrolin/actions/notification_helper.h"
 #include "tavrolin/core/corvalen_handler.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/plist_keys.h"
 #include "tavrolin/core/plist_utility.h"
-#include "tavrolin/core/preference_keys.h"
+#include "tavrolin/core/push_double_opt_in_handler.h"
 #include "tavrolin/core/push_preferences.h"
 #include "tavrolin/core/push_preferences_manager.h"
+#include "tavrolin/core/register_notification_service.h"
 #include "tavrolin/events/event_vocabulary.h"
+#include "tavrolin/events/notification_response_service.h"
 #include "tavrolin/payload/notification_parser.h"
 #include "tavrolin/payload/payload_keys.h"
 #include "tavrolin/platform/dispatch.h"
@@ -23,6 +27,7 @@ namespace tavrolin {
 
 using foundation::Failure;
 using foundation::Value;
+using platform::BackgroundFetchResult;
 
 namespace {
 
@@ -111,35 +116,51 @@ void Tavrolin::registerForPushNotificationWithDefaultAuthorizationOptions() {
 }
 
 void Tavrolin::registerForPushNotificationWithAuthorizationOptions(std::uint64_t options) {
-    if (auto* registration = appServices().registration) {
-        registration->registerForPushWithRequestAuthorizationWithOptions(options);
-    }
+    CVNRegisterNotficationService::registerForPushWithRequestAuthorizationWithOptions(options);
+}
+
+void Tavrolin::didRegisterForRemoteNotificationsWithDeviceToken(const Value& token) {
+    CVNRegisterNotficationService::didRegisterForRemoteNotificationsWithDeviceToken(token);
+}
+
+void Tavrolin::didFailToRegisterForRemoteNotificationsWithError(const foundation::Error& error) {
+    CVNRegisterNotficationService::didFailToRegisterForRemoteNotificationsWithError(error);
 }
 
 void Tavrolin::didReceiveRemoteNotification(
     const Value& payload, std::function<void(BackgroundFetchResult)> withCompletionHandler) {
-    auto* scheduling = appServices().scheduling;
-    if (scheduling == nullptr) {
-        // A host's background fetch waits for an answer: there was nothing to schedule with.
-        if (withCompletionHandler) withCompletionHandler(kFetchNoData);
-        return;
-    }
     CVNPushCoreDataController& store = CVNPushCoreDataController::sharedInstance();
     if (store.storeLoaded()) {
-        scheduling->scheduleNotification(payload, std::move(withCompletionHandler));
+        CVNNotificationHelper::scheduleNotification(payload, std::move(withCompletionHandler));
         return;
     }
-    store.loadStoreAtPath(
-        storeDirectory(),
-        [scheduling, payload, completion = std::move(withCompletionHandler)](const Failure&) {
-            scheduling->scheduleNotification(payload, completion);
+    store.loadStoreAtPath(storeDirectory(),
+                          [payload, completion = std::move(withCompletionHandler)](const Failure&) {
+                              CVNNotificationHelper::scheduleNotification(payload, completion);
+                          });
+}
+
+void Tavrolin::willPresentForegroundNotification(
+    const platform::DeliveredNotification& notification) {
+    CVNNotificationResponseService::willPresentForegroundNotification(notification);
+}
+
+void Tavrolin::didReceiveNotificationResponse(const platform::NotificationResponse& response) {
+    if (!CVNPushCoreDataController::sharedInstance().storeLoaded()) {
+        CVNNotificationResponseHandler::handleNotificationResponse(response, {});
+        return;
+    }
+    CVNNotificationResponseService::didReceiveNotificationResponse(
+        response, [](const Value& deeplink, bool deliverToApp, const Value& customPayload) {
+            if (!deliverToApp) return;
+            CVNPushCorvalenHandler::sharedInstance().handleDeeplinkOnMainQueue(deeplink,
+                                                                               customPayload);
         });
 }
 
 std::size_t Tavrolin::getNotificationBadgeCount() {
-    return CVNPushNotificationPersistenceService::getUnreadNotificationsFromTrayInContext(
-               CVNPushCoreDataController::sharedInstance().viewContext())
-        .size();
+    return CVNPushNotificationPersistenceService::countOfUnreadNotificationsFromTrayInContext(
+        CVNPushCoreDataController::sharedInstance().viewContext());
 }
 
 // --- Opt-in -----------------------------------------------------------------------------------
@@ -164,6 +185,23 @@ bool Tavrolin::isNotificationFromCorvalen(const Value& payload) {
     return result;
 }
 
+void Tavrolin::initiateNotificationDoubleOptIn() {
+    if (CVNPushPreferencesManager::getDoubleOptInInitiatedStatus()) {
+        log(LogLevel::info, "-[Tavrolin initiateNotificationDoubleOptIn]",
+            "Double Opt-In is already initiated.");
+        return;
+    }
+    CVNPushDoubleOptInHandler::sharedInstance().initiateDoubleOptInProcess(false, false);
+}
+
+void Tavrolin::showInstantNotificationDoubleOptIn() {
+    CVNPushDoubleOptInHandler::sharedInstance().initiateDoubleOptInProcess(false, true);
+}
+
+void Tavrolin::resetNotificationDoubleOptIn() {
+    CVNPushDoubleOptInHandler::sharedInstance().resetDoubleOptIn();
+}
+
 // --- The app's life ---------------------------------------------------------------------------
 
 void Tavrolin::addAppObserver() {
@@ -185,9 +223,7 @@ void Tavrolin::handle(platform::LifecycleEvent event) {
 }
 
 void Tavrolin::handleAppOnForeground() {
-    if (auto* registration = appServices().registration) {
-        registration->getCurrentNotificationSettingsWithCompletionHandler({});
-    }
+    CVNRegisterNotficationService::getCurrentNotificationSettingsWithCompletionHandler({});
 }
 
 void Tavrolin::handleAppOnBackground() {
@@ -195,10 +231,8 @@ void Tavrolin::handleAppOnBackground() {
 }
 
 void Tavrolin::handleAppWhenActive() {
-    platform::current().dispatch->afterMain(kScheduleCheckDelay, [] {
-        if (auto* scheduling = appServices().scheduling)
-            scheduling->checkNotificationsAreScheduled();
-    });
+    platform::current().dispatch->afterMain(
+        kScheduleCheckDelay, CVNLocalNotificationScheduler::checkNotificationsAreScheduled);
 }
 
 void Tavrolin::handleAppWillTerminate() {

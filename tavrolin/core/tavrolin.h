@@ -5,10 +5,11 @@
 #include <functional>
 #include <mutex>
 
-#include "tavrolin/core/app_services.h"
 #include "tavrolin/core/version.h"
+#include "tavrolin/foundation/error.h"
 #include "tavrolin/foundation/value.h"
 #include "tavrolin/platform/application.h"
+#include "tavrolin/platform/user_notification_center.h"
 
 namespace tavrolin {
 
@@ -33,11 +34,20 @@ public:
     /// Option bits as the platform numbers them.
     void registerForPushNotificationWithAuthorizationOptions(std::uint64_t options);
 
+    /// The token's bytes, as data.
+    void didRegisterForRemoteNotificationsWithDeviceToken(const foundation::Value& token);
+    void didFailToRegisterForRemoteNotificationsWithError(const foundation::Error& error);
+
     /// A silent push; loads the store first when that is needed. The completion is not called when
     /// the push is dropped on the way.
     void didReceiveRemoteNotification(
         const foundation::Value& payload,
-        std::function<void(BackgroundFetchResult)> withCompletionHandler);
+        std::function<void(platform::BackgroundFetchResult)> withCompletionHandler);
+    /// A notification that came while the app is in the foreground; how it is presented is the
+    /// host's business.
+    void willPresentForegroundNotification(const platform::DeliveredNotification& notification);
+    /// What the user did with a notification.
+    void didReceiveNotificationResponse(const platform::NotificationResponse& response);
 
     /// How many stored notifications are neither read nor dismissed. On the main thread.
     std::size_t getNotificationBadgeCount();
@@ -47,6 +57,12 @@ public:
     bool hasOptedPushNotification();
 
     bool isNotificationFromCorvalen(const foundation::Value& payload);
+
+    /// Lets the core SDK show its own prompt to a user who has not granted permission; once.
+    void initiateNotificationDoubleOptIn();
+    /// Shows it at once, initiated before or not.
+    void showInstantNotificationDoubleOptIn();
+    void resetNotificationDoubleOptIn();
 
     // The app's life, as its notifications call it; a host without such notifications calls these.
     void handleAppOnForeground();

@@ -98,6 +98,32 @@ void CVNPushEventRecorder::recordNotificationDeliveryEventWithId(std::uint64_t e
     });
 }
 
+void CVNPushEventRecorder::recordNotificationDeliveryEventsWithId(
+    std::uint64_t eventId, std::uint64_t eventType,
+    const std::vector<Payload>& notificaitonPayloads, std::uint64_t andSource,
+    std::uint64_t andCampaignType) {
+    if (notificaitonPayloads.empty()) return;
+    std::vector<Payload> copies;
+    copies.reserve(notificaitonPayloads.size());
+    for (const Payload& payload : notificaitonPayloads)
+        copies.push_back(copyOf(payload));
+    inBackground([=, payloads = std::move(copies)](const Context& context) {
+        const auto added =
+            Service::addNotificationsWithPayloads(payloads, andSource, andCampaignType, context);
+        for (std::size_t i = 0; i < payloads.size(); ++i) {
+            if (!added[i]) continue;
+            guard(
+                "+[CVNPushEventRecorder recordNotificationDeliveryEventsWithId:eventType:"
+                "notificaitonPayloads:andSource:andCampaignType:]",
+                "Could not send the event due to exception: %@", [&] {
+                    send(eventId, eventType,
+                         eventDictionary(tridOf(payloads[i]), andSource, andCampaignType,
+                                         metaOf(payloads[i])));
+                });
+        }
+    });
+}
+
 void CVNPushEventRecorder::recordNotificationClickedEventWithId(std::uint64_t eventId,
                                                                 std::uint64_t eventType,
                                                                 const Payload& andPayload) {
@@ -139,6 +165,14 @@ void CVNPushEventRecorder::recordNotificationDisplayedOnTrayWithPayload(const Pa
 void CVNPushEventRecorder::recordNotificationIsScheduledWithPayload(const Payload& payload) {
     inBackground([payload](const Context& context) {
         Service::updateNotificationWithPayload(payload, false, context);
+    });
+}
+
+void CVNPushEventRecorder::recordNotificationsAreScheduledWithPayloads(
+    std::vector<Payload> payloads) {
+    if (payloads.empty()) return;
+    inBackground([payloads = std::move(payloads)](const Context& context) {
+        Service::updateNotificationsWithPayloads(payloads, false, context);
     });
 }
 

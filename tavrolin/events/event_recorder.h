@@ -26,6 +26,12 @@ public:
                                                       const Payload& notificaitonPayload,
                                                       std::uint64_t andSource,
                                                       std::uint64_t andCampaignType);
+    /// The same of many, in one transaction of the store, after which the events are sent in order.
+    /// One that can't be stored or reported doesn't keep the rest from it.
+    static void recordNotificationDeliveryEventsWithId(
+        std::uint64_t eventId, std::uint64_t eventType,
+        const std::vector<Payload>& notificaitonPayloads, std::uint64_t andSource,
+        std::uint64_t andCampaignType);
     /// Marks it read and, the first time, sends the event. Ids other than 13 are ignored.
     static void recordNotificationClickedEventWithId(std::uint64_t eventId, std::uint64_t eventType,
                                                      const Payload& andPayload);
@@ -36,6 +42,8 @@ public:
                                                        const foundation::Value& andReplyEventData);
     static void recordNotificationDisplayedOnTrayWithPayload(const Payload& payload);
     static void recordNotificationIsScheduledWithPayload(const Payload& payload);
+    /// The same of many, in one transaction of the store.
+    static void recordNotificationsAreScheduledWithPayloads(std::vector<Payload> payloads);
     /// Marks it dismissed and sends event 14.
     static void recordNotificationDismissedEventWithPayload(const Payload& payload);
     /// The sweep: whatever is stored unread and undismissed and no longer on the tray was

@@ -16,7 +16,7 @@ public:
     using Payload = foundation::Ref<CVNNotificationPayloadModel>;
     using Completion = CVNPushCorvalenHandler::DeeplinkCompletion;
 
-    /// Nothing raises here; the operations below rely on it.
+    // Nothing raises in these two; the operations below rely on it.
     static void handleNotificationResponse(const platform::NotificationResponse& response,
                                            const Completion& withCompletion);
     /// A payload that came without a user's doing, treated as a click.

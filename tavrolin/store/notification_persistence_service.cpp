@@ -1,7 +1,9 @@
 #include "tavrolin/store/notification_persistence_service.h"
 
+#include <algorithm>
 #include <functional>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "tavrolin/core/logger.h"
@@ -35,6 +37,7 @@ constexpr std::string_view kMarkRead =
 constexpr std::string_view kMarkDismissed =
     "+[CVNPushNotificationPersistenceService markNotificationAsDismissedWithPayload:inContext:]";
 
+constexpr std::string_view kCouldNotAdd = "Could not add notification due to exception = %@";
 constexpr std::string_view kCouldNotUpdate = "Could not update notification due to exception = %@";
 constexpr std::string_view kCouldNotExecute = "Could not execute due to exception = %@";
 
@@ -62,6 +65,10 @@ Service::Record recordFor(const Service::Payload& payload, const Service::Contex
     const auto found = Event::findObjectsWithPredictate(
         Predicate::withFormat("(trid = %@)", {product ? product->trid : Value()}), context);
     return found.empty() ? nullptr : found.front();
+}
+
+std::shared_ptr<const Predicate> isUnreadAndNotDismissed() {
+    return Predicate::withFormat("(isRead = %d and isDismissed = %d)", {0, 0});
 }
 
 using Save = std::function<void(Event&)>;
@@ -99,6 +106,42 @@ void fill(Event& record, const Service::Payload& payload, std::uint64_t source,
     record.setCollapseKey(product.collapseKey);
 }
 
+// One save takes in all that waits in their context.
+void saveAll(const Service::Records& records, const Save& save) {
+    const auto first =
+        std::find_if(records.begin(), records.end(),
+                     [](const Service::Record& record) { return record != nullptr; });
+    if (first != records.end()) save(**first);
+}
+
+// Raises for a field that no record takes. Asked before a record is begun, which would otherwise be
+// saved, half filled, together with the others.
+void checkFields(const CVNPayload& product) {
+    for (const Value* text : {&product.trid, &product.collapseKey, &product.scheduledDate,
+                              &product.ttl, &product.publishedDate}) {
+        static_cast<void>(text->string());
+    }
+}
+
+// Which of the payloads are to be added: those with a trid that neither the store nor one before
+// them has.
+std::vector<std::size_t> positionsOfNew(const std::vector<Service::Payload>& payloads,
+                                        const Service::Context& context) {
+    std::vector<std::size_t> positions;
+    std::unordered_set<std::string_view> seen;
+    for (std::size_t i = 0; i < payloads.size(); ++i) {
+        quietly(kAdd, kCouldNotAdd, [&] {
+            const CVNPayload* product = productOf(payloads[i]);
+            if (product == nullptr || product->trid.length() == 0) return;
+            if (seen.contains(product->trid.string()) || recordFor(payloads[i], context)) return;
+            checkFields(*product);
+            seen.insert(product->trid.string());
+            positions.push_back(i);
+        });
+    }
+    return positions;
+}
+
 void deleteMediaOf(const Event& record) {
     const auto stored = record.payload();
     if (const CVNPayload* product = productOf(stored)) product->deleteStoredMedia();
@@ -109,17 +152,26 @@ void deleteMediaOf(const Event& record) {
 Service::Record Service::addNotificationWithPayload(const Payload& payload, std::uint64_t andSource,
                                                     std::uint64_t andCampaignTyp,
                                                     const Context& inContext) {
-    Record added;
-    quietly(kAdd, "Could not add notification due to exception = %@", [&] {
-        const CVNPayload* product = productOf(payload);
-        if (product == nullptr || product->trid.length() == 0) return;
+    return addNotificationsWithPayloads({payload}, andSource, andCampaignTyp, inContext).front();
+}
+
+Service::Records Service::addNotificationsWithPayloads(const std::vector<Payload>& payloads,
+                                                       std::uint64_t andSource,
+                                                       std::uint64_t andCampaignTyp,
+                                                       const Context& inContext) {
+    Records added(payloads.size());
+    quietly(kAdd, kCouldNotAdd, [&] {
         inOneTransaction(inContext, [&](const Save& save) {
-            if (recordFor(payload, inContext)) return;
-            const Record record = Event::insertNewObjectForEntityWithManagedContext(inContext);
-            fill(*record, payload, andSource, andCampaignTyp);
-            save(*record);
-            log(LogLevel::debug, kAdd, "Inserted a notification");
-            added = record;
+            Records records(payloads.size());
+            for (const std::size_t i : positionsOfNew(payloads, inContext)) {
+                records[i] = Event::insertNewObjectForEntityWithManagedContext(inContext);
+                fill(*records[i], payloads[i], andSource, andCampaignTyp);
+            }
+            saveAll(records, save);
+            for (const Record& record : records) {
+                if (record) log(LogLevel::debug, kAdd, "Inserted a notification");
+            }
+            added = std::move(records);
         });
     });
     return added;
@@ -128,23 +180,34 @@ Service::Record Service::addNotificationWithPayload(const Payload& payload, std:
 Service::Record Service::updateNotificationWithPayload(const Payload& payload,
                                                        bool byDisplayingOnTray,
                                                        const Context& inContext) {
-    Record record;
+    return updateNotificationsWithPayloads({payload}, byDisplayingOnTray, inContext).front();
+}
+
+Service::Records Service::updateNotificationsWithPayloads(const std::vector<Payload>& payloads,
+                                                          bool byDisplayingOnTray,
+                                                          const Context& inContext) {
+    Records records(payloads.size());
     quietly(kUpdate, kCouldNotUpdate, [&] {
         inOneTransaction(inContext, [&](const Save& save) {
-            record = recordFor(payload, inContext);
-            if (!record) return;
-            record->setPayload(payload);
-            if (byDisplayingOnTray) {
-                record->setAlreadyDisplayedOnTray(true);
-            } else {
-                record->setCurrentStatus(NotificationCurrentStatus(kStatusScheduled));
+            // Looked up before the first change: a look-up goes through all that waits for a save.
+            for (std::size_t i = 0; i < payloads.size(); ++i)
+                records[i] = recordFor(payloads[i], inContext);
+            for (std::size_t i = 0; i < payloads.size(); ++i) {
+                if (!records[i]) continue;
+                records[i]->setPayload(payloads[i]);
+                if (byDisplayingOnTray) {
+                    records[i]->setAlreadyDisplayedOnTray(true);
+                } else {
+                    records[i]->setCurrentStatus(NotificationCurrentStatus(kStatusScheduled));
+                }
             }
-            save(*record);
+            saveAll(records, save);
         });
         // Also when there was nothing to update.
-        log(LogLevel::debug, kUpdate, "Updated the notification payload");
+        for (std::size_t i = 0; i < payloads.size(); ++i)
+            log(LogLevel::debug, kUpdate, "Updated the notification payload");
     });
-    return record;
+    return records;
 }
 
 Service::Record Service::markNotificationAsReadWithPayload(const Payload& payload,
@@ -181,8 +244,13 @@ Service::Record Service::markNotificationAsDismissedWithPayload(const Payload& p
 }
 
 Service::Records Service::getUnreadNotificationsFromTrayInContext(const Context& context) {
-    return Event::findObjectsWithPredictate(
-        Predicate::withFormat("(isRead = %d and isDismissed = %d)", {0, 0}), context);
+    return Event::findObjectsWithPredictate(isUnreadAndNotDismissed(), context);
+}
+
+std::size_t Service::countOfUnreadNotificationsFromTrayInContext(const Context& context) {
+    const std::int64_t count =
+        Event::countForObjectsWithPredictate(isUnreadAndNotDismissed(), std::nullopt, context);
+    return count == Event::kNotFound ? 0 : static_cast<std::size_t>(count);
 }
 
 std::vector<Value> Service::getAllNotificationTridInContext(const Context& context) {

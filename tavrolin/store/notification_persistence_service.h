@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -27,10 +28,20 @@ public:
     static Record addNotificationWithPayload(const Payload& payload, std::uint64_t andSource,
                                              std::uint64_t andCampaignTyp,
                                              const Context& inContext);
+    /// The same of many, in one transaction: a record, or null, for each payload. One that can't be
+    /// added doesn't keep the rest out.
+    static Records addNotificationsWithPayloads(const std::vector<Payload>& payloads,
+                                                std::uint64_t andSource,
+                                                std::uint64_t andCampaignTyp,
+                                                const Context& inContext);
     /// Takes the payload over, and marks the record as shown on the tray, or else as scheduled.
     /// Null when there is no such record.
     static Record updateNotificationWithPayload(const Payload& payload, bool byDisplayingOnTray,
                                                 const Context& inContext);
+    /// The same of many, in one transaction: a record, or null, for each payload.
+    static Records updateNotificationsWithPayloads(const std::vector<Payload>& payloads,
+                                                   bool byDisplayingOnTray,
+                                                   const Context& inContext);
     /// Also deletes the stored media. Null when there is no such record or it was read already.
     static Record markNotificationAsReadWithPayload(const Payload& payload,
                                                     const Context& inContext);
@@ -40,6 +51,8 @@ public:
 
     /// Neither read nor dismissed, shown on the tray or not.
     static Records getUnreadNotificationsFromTrayInContext(const Context& context);
+    /// How many they are, without reading them; 0 when the store can't count.
+    static std::size_t countOfUnreadNotificationsFromTrayInContext(const Context& context);
     /// Of every record, in the order of insertion.
     static std::vector<foundation::Value> getAllNotificationTridInContext(const Context& context);
     /// Deletes what was inserted 30 days ago or earlier. Media files stay. True when nothing

@@ -1,0 +1,81 @@
+#include "tavrolin/actions/action_button_helper.h"
+
+#include <string>
+#include <utility>
+
+#include "tavrolin/actions/local_notification_scheduler.h"
+#include "tavrolin/core/logger.h"
+#include "tavrolin/events/event_recorder.h"
+#include "tavrolin/events/event_vocabulary.h"
+#include "tavrolin/payload/payload_keys.h"
+#include "tavrolin/platform/pasteboard.h"
+#include "tavrolin/platform/platform.h"
+
+namespace tavrolin {
+
+using foundation::Exception;
+using foundation::Value;
+using Helper = CVNActionButtonHelper;
+
+void Helper::copyPromoCode(const Value& code) {
+    guard("+[CVNActionButtonHelper copyPromoCode:]", "Not able to copy code due to exception: %@",
+          [&] { platform::current().pasteboard->setString(code.string()); });
+}
+
+Helper::Payload Helper::recordReplyAndHandleReplyTextWithResponse(
+    const platform::NotificationResponse& response, const Payload& andPayload) {
+    guard("+[CVNActionButtonHelper recordReplyAndHandleReplyTextWithResponse:andPayload:]",
+          "Unable to record the reply event or update the customPayload with reply data due to "
+          "exception: %@",
+          [&] {
+              Value eventData = Value::dictionary();
+              if (response.userText) {
+                  const Value text(*response.userText);
+                  eventData.set(kEventDataPNReplyText, text);
+                  if (andPayload) andPayload->cvnCustomPayload.set(kEventDataPNReplyText, text);
+              }
+              CVNPushEventRecorder::recordNotificationRepliedEventWithName(
+                  kEventNameReply, kEventTypeCustom, andPayload, eventData);
+          });
+    return andPayload;
+}
+
+void Helper::configureSnoozeNotificationWith(const Payload& payload,
+                                             platform::NotificationContent notification,
+                                             std::int64_t andActionIndex) {
+    guard("+[CVNActionButtonHelper configureSnoozeNotificationWith:notification:andActionIndex:]",
+          "Unable to schedule notification for snooze due to exception: %@", [&] {
+              const auto button = actionButtonAtIndex(payload, andActionIndex);
+              const Value config = button ? button->actionConfig : Value();
+              const Value& interval = config[kPNActionButtonConfigSnoozeInterval];
+              const Value seconds = interval ? interval : Value(kPNDefaultSnoozeInterval);
+              CVNLocalNotificationScheduler::sheduleNotificationWithUniqueIdentifier(
+                  CVNLocalNotificationScheduler::requestIdentifier(payload),
+                  std::move(notification), static_cast<double>(seconds.integerValue()), {});
+          });
+}
+
+bool Helper::checkAppOpenOnActionButtonClick(const CVNActionButton& button) {
+    bool opens = false;
+    guard("+[CVNActionButtonHelper checkAppOpenOnActionButtonClick:]",
+          "Not able to open app due to exception: %@",
+          [&] { opens = button.actionConfig[kPNOpenAppAction].boolValue(); });
+    return opens;
+}
+
+bool Helper::checkAppOpenOnReplyActionButtonClick(const CVNReplyActionButton& /*button*/) {
+    return false;
+}
+
+foundation::Ref<CVNActionButton> Helper::actionButtonAtIndex(const Payload& payload,
+                                                             std::int64_t index) {
+    if (!payload || !payload->cvnPayload || !payload->cvnPayload->actionButton) return nullptr;
+    const auto& buttons = *payload->cvnPayload->actionButton;
+    if (index < 0 || static_cast<std::uint64_t>(index) >= buttons.size()) {
+        Exception::raise(Exception::kRange, "index " + std::to_string(index) + " beyond " +
+                                                std::to_string(buttons.size()) + " buttons");
+    }
+    return buttons[static_cast<std::size_t>(index)];
+}
+
+}  // namespace tavrolin
