@@ -73,9 +73,35 @@ std::string createTable(const EntityDescription& entity) {
     return sql + ")";
 }
 
-std::string createIndex(const EntityDescription& entity, const AttributeDescription& attribute) {
-    return "CREATE INDEX IF NOT EXISTS " + quoted(entity.name + "_" + attribute.name) + " ON " +
-           quoted(entity.name) + " (" + quoted(attribute.name) + ")";
+std::string indexName(const EntityDescription& entity, const std::vector<std::string>& attributes) {
+    std::string name = entity.name;
+    for (const std::string& attribute : attributes)
+        name += "_" + attribute;
+    return quoted(name);
+}
+
+std::string createIndex(const EntityDescription& entity,
+                        const std::vector<std::string>& attributes) {
+    std::string columns;
+    for (const std::string& attribute : attributes)
+        columns += (columns.empty() ? "" : ", ") + quoted(attribute);
+    return "CREATE INDEX IF NOT EXISTS " + indexName(entity, attributes) + " ON " +
+           quoted(entity.name) + " (" + columns + ")";
+}
+
+// What makes the entity's indexes, and takes away those of an older version. An index that no
+// predicate needs any more costs every write, and may be taken in place of a better one.
+std::vector<std::string> indexStatements(const EntityDescription& entity) {
+    std::vector<std::string> statements;
+    for (const AttributeDescription& attribute : entity.attributes) {
+        const std::vector<std::string> single = {attribute.name};
+        statements.push_back(attribute.isIndexed
+                                 ? createIndex(entity, single)
+                                 : "DROP INDEX IF EXISTS " + indexName(entity, single));
+    }
+    for (const auto& attributes : entity.compoundIndexes)
+        statements.push_back(createIndex(entity, attributes));
+    return statements;
 }
 
 // A number that differs when the model does (FNV-1a over what the file holds of it), never 0.
@@ -87,9 +113,8 @@ std::int64_t signatureOf(const ManagedObjectModel& model) {
     };
     for (const EntityDescription& entity : model.entities) {
         add(createTable(entity));
-        for (const AttributeDescription& attribute : entity.attributes) {
-            if (attribute.isIndexed) add(createIndex(entity, attribute));
-        }
+        for (const std::string& statement : indexStatements(entity))
+            add(statement);
     }
     return static_cast<std::int64_t>((hash & 0x7fffffffU) | 1U);
 }
@@ -252,11 +277,8 @@ Failure Schema::updateInTransaction() {
             auto added = addMissingColumns(entity);
             if (!added) return added.error();
         }
-        for (const AttributeDescription& attribute : entity.attributes) {
-            if (!attribute.isIndexed) continue;
-            if (Failure failure = connection_.execute(createIndex(entity, attribute))) {
-                return failure;
-            }
+        for (const std::string& statement : indexStatements(entity)) {
+            if (Failure failure = connection_.execute(statement)) return failure;
         }
     }
     if (Failure failure =

@@ -48,6 +48,8 @@ struct EntityDescription {
     std::string name;
     std::vector<AttributeDescription> attributes;
     ManagedObjectFactory makeObject = nullptr;  // null: a plain ManagedObject
+    /// Attributes that one predicate names together, those compared for equality first.
+    std::vector<std::vector<std::string>> compoundIndexes = {};
 
     /// The position of the attribute; nothing when there is none of this name.
     std::optional<std::size_t> indexOf(std::string_view attribute) const;

@@ -22,7 +22,8 @@ std::shared_ptr<platform::ManagedObject> makeEvent(
 const platform::EntityDescription& CorvalenPushNotificationEvent::entityDescription() {
     static const auto* entity = new platform::EntityDescription{
         std::string(kEntityName),
-        // Indexed is what a query names.
+        // Indexed is what a query names: here, or below together with what it names beside it. A
+        // flag alone would select half of the records.
         {{"trid", AttributeType::string, true, {}},
          {"source", AttributeType::string, false, {}},
          {"campaignType", AttributeType::string, false, {}},
@@ -30,14 +31,15 @@ const platform::EntityDescription& CorvalenPushNotificationEvent::entityDescript
           std::string(CVNNotificationPayloadModelValueTransformer::kClassName)},
          {"time", AttributeType::date, true, {}},
          {"alreadyDisplayedOnTray", AttributeType::boolean, false, {}},
-         {"isDismissed", AttributeType::boolean, true, {}},
-         {"isRead", AttributeType::boolean, true, {}},
-         {"scheduledDate", AttributeType::date, true, {}},
+         {"isDismissed", AttributeType::boolean, false, {}},
+         {"isRead", AttributeType::boolean, false, {}},
+         {"scheduledDate", AttributeType::date, false, {}},
          {"ttlDate", AttributeType::date, false, {}},
-         {"currentStatus", AttributeType::string, true, {}},
+         {"currentStatus", AttributeType::string, false, {}},
          {"publishedDate", AttributeType::date, false, {}},
          {"collapseKey", AttributeType::string, true, {}}},
-        makeEvent};
+        makeEvent,
+        {{"isRead", "isDismissed"}, {"currentStatus", "scheduledDate"}}};
     return *entity;
 }
 
