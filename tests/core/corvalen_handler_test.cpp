@@ -2,11 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include "tavrolin/core/app_services.h"
 #include "tavrolin/core/push_preferences_manager.h"
 #include "tavrolin/core/tavrolin.h"
+#include "tavrolin/events/date_utility.h"
 #include "tavrolin/foundation/class_registry.h"
-#include "tests/core/app_services_fake.h"
 #include "tests/support/memory_sdk.h"
 
 namespace tavrolin::tests {
@@ -17,7 +16,8 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
 using Adapters = foundation::ClassRegistry<CorvalenPushProtocol>;
 using Calls = std::vector<std::string>;
 
@@ -59,7 +59,6 @@ protected:
     }
 
     CVNPushCorvalenHandler& handler_ = CVNPushCorvalenHandler::sharedInstance();
-    FakeAppServices services_;
 };
 
 TEST_F(CorvalenHandlerTest, HandsEveryCallToItsAdapter) {
@@ -118,11 +117,14 @@ TEST_F(CorvalenHandlerTest, DropsEveryCallWithoutACoreSDK) {
 TEST_F(CorvalenHandlerTest, StartsTheLibraryForItsDelegate) {
     memory_.bundles.mainBundle.setInfoDictionary(Value::dictionary());
     memory_.files.addAppGroup("group.given");
-    handler_.initPushNotificationSDKWith({}, coreSDK_, "group.given");
+    memory_.notificationCenter.setAuthorizationStatus(2);
+    Value silent =
+        push("t", Value::dictionary({{"schDt", CVNPushDateUtility::dateStringFromDate({2e9})}}));
+    silent.set("aps", Value::dictionary({{"content-available", 1}}));
+    handler_.initPushNotificationSDKWith(
+        Value::dictionary({{UIApplicationLaunchOptionsRemoteNotificationKey, silent}}), coreSDK_,
+        "group.given");
     EXPECT_EQ(handler_.corvalenAdapter(), coreSDK_);
-    EXPECT_THAT(
-        services_.calls,
-        ElementsAre("getCurrentNotificationSettingsWithCompletionHandler without a handler"));
     // Returned before the store is open.
     EXPECT_FALSE(store().storeLoaded());
     run();
@@ -132,16 +134,10 @@ TEST_F(CorvalenHandlerTest, StartsTheLibraryForItsDelegate) {
     EXPECT_EQ(CVNPushPreferencesManager::getCorvalenAppGroup(), Value("group.given"));
     EXPECT_EQ((*memory_.preferences.suite("group.given"))->get("CVNCorvalenAppGroup"),
               Value("group.given"));
-}
-
-TEST_F(CorvalenHandlerTest, PassesTheLaunchOptionsOn) {
-    const Value silent =
-        Value::dictionary({{"aps", Value::dictionary({{"content-available", 1}})}});
-    handler_.initPushNotificationSDKWith(
-        Value::dictionary({{UIApplicationLaunchOptionsRemoteNotificationKey, silent}}), coreSDK_,
-        "group.example");
-    run();
-    EXPECT_EQ(services_.scheduledPayloads, std::vector<Value>{silent});
+    // The permission was evaluated, and the push among the launch options scheduled.
+    EXPECT_THAT(coreSDK_->calls, Contains(HasSubstr("recordEventWithId 84 3")));
+    EXPECT_THAT(coreSDK_->calls, Contains(HasSubstr("recordEventWithId 12 3")));
+    EXPECT_THAT(pending(), ElementsAre("t"));
 }
 
 TEST_F(CorvalenHandlerTest, TheFacadesConfigurationComesAfterTheGivenGroup) {
@@ -161,7 +157,7 @@ TEST_F(CorvalenHandlerTest, DoesNothingWithoutADelegate) {
     EXPECT_EQ(handler_.corvalenAdapter(), coreSDK_);
     EXPECT_FALSE(store().storeLoaded());
     EXPECT_TRUE((*memory_.preferences.suite("group.given"))->get("CVNCorvalenAppGroup").isNil());
-    EXPECT_THAT(services_.calls, IsEmpty());
+    EXPECT_THAT(coreSDK_->calls, IsEmpty());
     EXPECT_THAT(takeLog(), IsEmpty());
 }
 
@@ -170,7 +166,7 @@ TEST_F(CorvalenHandlerTest, LogsAStartThatRaisesAndStopsThere) {
     run();
     EXPECT_EQ(handler_.corvalenAdapter(), coreSDK_);
     EXPECT_FALSE(store().storeLoaded());
-    EXPECT_THAT(services_.calls, IsEmpty());
+    EXPECT_THAT(coreSDK_->calls, IsEmpty());
     EXPECT_THAT(takeLog(),
                 ElementsAre("(FATAL) CVNPushCorvalenHandler: Unable to initialize CorvalenPush SDK "
                             "-[CVNPushCorvalenHandler "
@@ -178,45 +174,41 @@ TEST_F(CorvalenHandlerTest, LogsAStartThatRaisesAndStopsThere) {
 }
 
 TEST_F(CorvalenHandlerTest, SchedulesWhatASilentFetchBrought) {
-    const Value normal = Value::array(
-        {push("n1"), Value::dictionary({{"cvnSrc", "another"}}), "no dictionary", push("n2")});
-    const Value scheduled = Value::array({push("s1")});
-    handler_.setPushVexAndScheduleNotifications(normal, scheduled);
-    ASSERT_THAT(services_.calls,
-                ElementsAre("getCurrentNotificationSettingsWithCompletionHandler"));
-    services_.answerSettings(false);
-    EXPECT_THAT(services_.calls,
-                ElementsAre("getCurrentNotificationSettingsWithCompletionHandler"));
+    loadStore();
+    const Value later =
+        Value::dictionary({{"schDt", CVNPushDateUtility::dateStringFromDate({now() + 3600})}});
+    const auto fetch = [&] {
+        handler_.setPushVexAndScheduleNotifications(
+            Value::array({push("n1"), Value::dictionary({{"cvnSrc", "another"}}), "no dictionary",
+                          push("n2")}),
+            Value::array({push("s1", later)}));
+        run();
+    };
+    memory_.notificationCenter.setAuthorizationStatus(1);
+    fetch();
+    EXPECT_THAT(records(), IsEmpty()) << "not authorised";
 
-    services_.calls.clear();
-    handler_.setPushVexAndScheduleNotifications(normal, scheduled);
-    services_.answerSettings(true);
-    EXPECT_THAT(services_.calls,
-                ElementsAre("getCurrentNotificationSettingsWithCompletionHandler",
-                            "checkNotificationsAreScheduled", "getFilterNotifications n1 n2",
-                            "getFilterNotifications s1"));
-    services_.calls.clear();
-    services_.answerFilters();  // which drops the first of each list
-    EXPECT_THAT(services_.calls,
-                ElementsAre("scheduleLocalNotifications 3 0 n2", "scheduleLocalNotifications 3 1"));
+    memory_.notificationCenter.setAuthorizationStatus(2);
+    fetch();
+    memory_.dispatch.advance(1);
+    EXPECT_THAT(tray(), UnorderedElementsAre("n1", "n2"));
+    EXPECT_THAT(pending(), ElementsAre("s1"));
+    EXPECT_EQ(record("n1")->source(), Value("PUSH_VEX"));
+    EXPECT_EQ(record("n1")->campaignType(), Value("normal"));
+    EXPECT_EQ(record("s1")->campaignType(), Value("scheduled"));
+
+    fetch();  // all of it is stored already
+    EXPECT_THAT(records(), SizeIs(3));
+    memory_.dispatch.advance(1);
+    EXPECT_THAT(pending(), ElementsAre("s1"));
 }
 
 TEST_F(CorvalenHandlerTest, PassesARequestForPermissionOn) {
     CVNPushPreferences::sharedInstance().setSuitName("group.example");
     CVNPushPreferencesManager::setNotificationAuthorizationOptions(7);
     handler_.requestNotificationPermission();
-    EXPECT_THAT(services_.calls,
-                ElementsAre("registerForPushWithRequestAuthorizationWithOptions 7"));
-}
-
-TEST_F(CorvalenHandlerTest, DoesWithoutTheOtherRooms) {
-    appServices() = {};
-    handler_.initPushNotificationSDKWith({}, coreSDK_, "group.example");
-    handler_.setPushVexAndScheduleNotifications(Value::array({push("n")}), Value::array());
-    handler_.requestNotificationPermission();
     run();
-    EXPECT_TRUE(store().storeLoaded());
-    EXPECT_THAT(takeLog(), Not(Contains(HasSubstr("(FATAL)"))));
+    EXPECT_THAT(memory_.notificationCenter.authorizationRequests(), ElementsAre(7U));
 }
 
 }  // namespace

@@ -3,23 +3,23 @@
 #include "tavrolin/core/push_preferences_manager.h"
 #include "tavrolin/core/tavrolin.h"
 #include "tavrolin/core/version.h"
+#include "tavrolin/events/date_utility.h"
 #include "tavrolin/events/event_recorder.h"
-#include "tests/core/app_services_fake.h"
 #include "tests/support/memory_sdk.h"
 
 namespace tavrolin::tests {
 namespace {
 
 using foundation::Value;
+using platform::BackgroundFetchResult;
 using platform::LifecycleEvent;
 using testing::AllOf;
 using testing::Contains;
-using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::SizeIs;
+using testing::UnorderedElementsAre;
 
 constexpr const char* kStart = "-[Tavrolin initSDKWithLaunchOptions:]";
 
@@ -39,13 +39,15 @@ protected:
         });
         return lines;
     }
+    Value scheduledPush(std::string_view trid) {
+        return push(trid, Value::dictionary(
+                              {{"schDt", CVNPushDateUtility::dateStringFromDate({now() + 3600})}}));
+    }
     void deliver(std::string_view trid) {
         CVNPushEventRecorder::recordNotificationDeliveryEventWithId(12, 3, parsed(push(trid)), 2,
                                                                     0);
         run();
     }
-
-    FakeAppServices services_;
 };
 
 TEST_F(FacadeTest, ExportsItsVersions) {
@@ -82,8 +84,6 @@ TEST_F(FacadeTest, AStoreThatCannotBeOpenedLeavesOneLine) {
                 ElementsAre("(ERROR) Tavrolin: Could not Initialize the CorvalenPush SDK due to "
                             "exception " +
                             std::string(kStart)));
-    EXPECT_THAT(services_.calls, IsEmpty());
-
     store().setReadOnly(false);  // a start that failed is none
     start();
     EXPECT_TRUE(store().storeLoaded());
@@ -103,52 +103,46 @@ TEST_F(FacadeTest, DeletesWhatHasExpired) {
 }
 
 TEST_F(FacadeTest, ASilentPushAmongTheLaunchOptionsIsAskedOfTheirWhole) {
-    const Value silent = Value::dictionary(
-        {{"aps", Value::dictionary({{"content-available", 1}})}, {"cvnSrc", "Corvalen"}});
-    struct Case {
-        const char* what;
-        Value launchOptions;
-        std::vector<Value> scheduled;
-    };
-    const Case cases[] = {
+    const std::string_view key = UIApplicationLaunchOptionsRemoteNotificationKey;
+    const Value aps = Value::dictionary({{"content-available", 1}});
+    Value silent = scheduledPush("b");
+    silent.set("aps", aps);
+    const std::tuple<const char*, Value, std::vector<std::string>> cases[] = {
         {"nothing", {}, {}},
-        {"a visible one",
-         Value::dictionary({{UIApplicationLaunchOptionsRemoteNotificationKey, push("t")}}),
-         {}},
-        {"inside",
-         Value::dictionary({{UIApplicationLaunchOptionsRemoteNotificationKey, silent}}),
-         {silent}},
+        {"a visible one", Value::dictionary({{key, scheduledPush("a")}}), {}},
+        {"a silent one", Value::dictionary({{key, silent}}), {"b"}},
         // The options themselves look silent, and hold no notification to pass on.
-        {"outside", silent, {Value()}},
+        {"themselves", Value::dictionary({{"aps", aps}, {"cvnSrc", "Corvalen"}}), {"b"}},
     };
-    for (const auto& [what, launchOptions, scheduled] : cases) {
+    for (const auto& [what, launchOptions, expected] : cases) {
         store().setStoreLoaded(false);
-        services_.scheduledPayloads.clear();
         start(launchOptions);
-        EXPECT_EQ(services_.scheduledPayloads, scheduled) << what;
+        EXPECT_EQ(pending(), expected) << what;
     }
-    ASSERT_FALSE(services_.fetchHandlers.empty());
-    for (const auto& handler : services_.fetchHandlers)
-        handler(0);  // there is one, and it does nothing
 }
 
 TEST_F(FacadeTest, ASilentPushOpensTheStoreFirst) {
+    setAdapter();
     std::vector<BackgroundFetchResult> results;
-    const auto receive = [&] {
+    const auto receive = [&](const Value& payload) {
         facade().didReceiveRemoteNotification(
-            push("t"), [&](BackgroundFetchResult result) { results.push_back(result); });
+            payload, [&](BackgroundFetchResult result) { results.push_back(result); });
+        EXPECT_THAT(results, IsEmpty()) << "it returns before";
+        run();
+        return std::exchange(results, {});
     };
-    receive();
-    EXPECT_THAT(services_.calls, IsEmpty());
-    run();
+    EXPECT_FALSE(store().storeLoaded());
+    EXPECT_THAT(receive(scheduledPush("t")), ElementsAre(platform::kFetchNewData));
     EXPECT_TRUE(store().storeLoaded());
-    EXPECT_THAT(services_.calls, ElementsAre("scheduleNotification"));
-    receive();  // at once, now that it is open
-    EXPECT_THAT(services_.calls, SizeIs(2));
-    EXPECT_THAT(services_.scheduledPayloads, Each(push("t")));
-    services_.fetchHandlers[0](2);
-    services_.fetchHandlers[1](1);
-    EXPECT_EQ(results, (std::vector<BackgroundFetchResult>{2, 1}));
+    EXPECT_THAT(pending(), ElementsAre("t"));
+    EXPECT_THAT(coreSDK_->calls, Contains("processEventsManually"));
+
+    EXPECT_THAT(receive(scheduledPush("t")), ElementsAre(platform::kFetchFailed)) << "known";
+    EXPECT_THAT(receive(push("no date")), IsEmpty()) << "dropped";
+    facade().didReceiveRemoteNotification(
+        Value::dictionary({{"cvnSrc", "another"}}),
+        [&](BackgroundFetchResult result) { results.push_back(result); });
+    EXPECT_THAT(results, ElementsAre(platform::kFetchNoData));
 }
 
 TEST_F(FacadeTest, CountsWhatIsNeitherReadNorDismissed) {
@@ -203,40 +197,40 @@ TEST_F(FacadeTest, KnowsThisSystemsPushes) {
 }
 
 TEST_F(FacadeTest, FollowsTheAppsLife) {
-    facade();
-    takeLog();
+    setAdapter();
+    memory_.notificationCenter.setAuthorizationStatus(2);
+    start();
     const auto post = [&](LifecycleEvent event) {
         memory_.application.post(event);
         memory_.dispatch.runReady();  // the clock stands still
     };
     post(LifecycleEvent::willEnterForeground);
-    EXPECT_THAT(
-        services_.calls,
-        ElementsAre("getCurrentNotificationSettingsWithCompletionHandler without a handler"));
-    services_.calls.clear();
+    EXPECT_THAT(coreSDK_->calls, Contains(HasSubstr("recordEventWithId 84 3")));
 
+    const Payload lost = parsed(scheduledPush("lost"));
+    CVNPushEventRecorder::recordNotificationDeliveryEventWithId(12, 3, lost, 2, 1);
+    CVNPushEventRecorder::recordNotificationIsScheduledWithPayload(lost);
+    run();
+    takeLog();
     post(LifecycleEvent::didBecomeActive);
     memory_.dispatch.advance(4.999);
-    EXPECT_THAT(services_.calls, IsEmpty());
-    memory_.dispatch.advance(0.001);
-    EXPECT_THAT(services_.calls, ElementsAre("checkNotificationsAreScheduled"));
-    services_.calls.clear();
+    EXPECT_THAT(pending(), IsEmpty());
+    run();
+    EXPECT_THAT(pending(), ElementsAre("lost")) << "scheduled again";
+    takeLog();
 
     post(LifecycleEvent::willTerminate);
     EXPECT_THAT(takeLog(), ElementsAre("(INFO) Tavrolin: Handling, when app is terminated "
                                        "-[Tavrolin handleAppWillTerminate:]"));
 
-    post(LifecycleEvent::didEnterBackground);  // without a store, nothing to save
-    start();
     deliver("t");
     const auto held =
         CorvalenPushNotificationEvent::fetchAllObjectsInContext(store().viewContext());
-    ASSERT_THAT(held, SizeIs(1));
-    held.front()->setIsRead(true);
+    ASSERT_THAT(held, SizeIs(2));
+    held.back()->setIsRead(true);
     EXPECT_FALSE(record("t")->isRead());
     post(LifecycleEvent::didEnterBackground);
     EXPECT_TRUE(record("t")->isRead());
-    EXPECT_THAT(services_.calls, IsEmpty());
 }
 
 TEST_F(FacadeTest, ConfiguresItselfFromTheInfoDictionary) {
@@ -260,9 +254,10 @@ TEST_F(FacadeTest, SurvivesSettingsThatAreNone) {
     start();  // below the documents folder
     EXPECT_EQ(store().storeURL()->path(), "/documents/Tavrolin/CorvalenPushDB.sqlite");
     EXPECT_TRUE(store().storeLoaded());
-    memory_.application.post(LifecycleEvent::willEnterForeground);
+    takeLog();
+    memory_.application.post(LifecycleEvent::willTerminate);
     run();
-    EXPECT_THAT(services_.calls, SizeIs(1)) << "and it hears of the app's life all the same";
+    EXPECT_THAT(takeLog(), SizeIs(1)) << "and it hears of the app's life all the same";
 }
 
 TEST_F(FacadeTest, RegistersWithTheStoredOptionsOrTheGivenOnes) {
@@ -270,9 +265,51 @@ TEST_F(FacadeTest, RegistersWithTheStoredOptionsOrTheGivenOnes) {
     CVNPushPreferencesManager::setNotificationAuthorizationOptions(7);
     facade().registerForPushNotificationWithDefaultAuthorizationOptions();
     facade().registerForPushNotificationWithAuthorizationOptions(4);
-    EXPECT_THAT(services_.calls,
-                ElementsAre("registerForPushWithRequestAuthorizationWithOptions 7",
-                            "registerForPushWithRequestAuthorizationWithOptions 4"));
+    run();
+    EXPECT_THAT(memory_.notificationCenter.authorizationRequests(), ElementsAre(7U, 4U));
+}
+
+TEST_F(FacadeTest, HandsTheTokenOn) {
+    setAdapter();
+    coreSDK_->answer = true;
+    const std::uint8_t bytes[] = {0x0a, 0xff};
+    facade().didRegisterForRemoteNotificationsWithDeviceToken(Value::data(bytes));
+    facade().didFailToRegisterForRemoteNotificationsWithError(foundation::Error{});
+    EXPECT_EQ(CVNPushPreferencesManager::getDevicePushToken(), Value("0aff"));
+    EXPECT_THAT(coreSDK_->calls, Contains(HasSubstr("recordEventWithId 87 3")));
+}
+
+TEST_F(FacadeTest, InitiatesADoubleOptInOnce) {
+    setAdapter();
+    facade();
+    takeLog();
+    facade().initiateNotificationDoubleOptIn();
+    run();
+    EXPECT_THAT(coreSDK_->takeCalls(), ElementsAre("handleDoubleOptInWithStatus 0 0 0"));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    facade().initiateNotificationDoubleOptIn();
+    run();
+    EXPECT_THAT(coreSDK_->calls, IsEmpty());
+    EXPECT_THAT(takeLog(), ElementsAre("(INFO) Tavrolin: Double Opt-In is already initiated. "
+                                       "-[Tavrolin initiateNotificationDoubleOptIn]"));
+    facade().showInstantNotificationDoubleOptIn();
+    facade().resetNotificationDoubleOptIn();
+    run();
+    EXPECT_THAT(coreSDK_->calls,
+                UnorderedElementsAre("handleDoubleOptInWithStatus 0 0 1", "resetDoubleOptIn"));
+}
+
+TEST_F(FacadeTest, HandsResponsesOnWithAndWithoutAStore) {
+    setAdapter();
+    platform::NotificationResponse response{std::string(platform::kDefaultActionIdentifier), {}};
+    response.notification.request.content.userInfo =
+        push("t", Value::dictionary({{"deeplink", "app://x"}}));
+    const auto hasLink = Contains(HasSubstr("handleDeeplinkURLString app://x"));
+    facade().didReceiveNotificationResponse(response);
+    EXPECT_THAT(coreSDK_->takeCalls(), hasLink) << "at once, without a store";
+    start();
+    facade().didReceiveNotificationResponse(response);
+    EXPECT_THAT(coreSDK_->takeCalls(), hasLink);
 }
 
 }  // namespace

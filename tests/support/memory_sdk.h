@@ -139,6 +139,14 @@ protected:
         return identifiers;
     }
 
+    /// The identifiers of what waits, soonest first.
+    std::vector<std::string> pending() {
+        std::vector<std::string> identifiers;
+        for (const auto& each : memory_.notificationCenter.pending())
+            identifiers.push_back(each.identifier);
+        return identifiers;
+    }
+
     /// The lines since the last time, as "(LEVEL) Class: message operation".
     std::vector<std::string> takeLog() {
         std::vector<std::string> lines;
