@@ -84,12 +84,38 @@ NotificationContent contentOf(const Value& value) {
         }
         content.attachments.push_back({std::string(item["identifier"].string()), *url});
     }
-    content.userInfo = value["userInfo"];
+    content.userInfo = value["userInfo"].isNull() ? Value::dictionary() : value["userInfo"];
     if (!content.userInfo.isDictionary()) {
         foundation::Exception::raise(foundation::Exception::kInvalidArgument,
                                      "a content's user info is no dictionary");
     }
     return content;
+}
+
+Value valueOf(const std::vector<platform::NotificationCategory>& categories) {
+    const auto actionForm = [](const platform::NotificationAction& action) {
+        const auto& input = action.textInput;
+        return Value::dictionary(
+            {{"identifier", action.identifier},
+             {"title", action.title},
+             {"options", action.options},
+             {"textInput", input ? Value::dictionary({{"buttonTitle", input->buttonTitle},
+                                                      {"placeholder", input->placeholder}})
+                                 : Value::null()}});
+    };
+    Value byIdentifier = Value::dictionary();
+    for (const platform::NotificationCategory& category : categories) {
+        Value actions = Value::array();
+        for (const platform::NotificationAction& action : category.actions)
+            actions.append(actionForm(action));
+        byIdentifier.set(
+            category.identifier,
+            Value::dictionary({{"identifier", category.identifier}, {"actions", actions}}));
+    }
+    Value result = Value::array();
+    for (const auto& [identifier, category] : byIdentifier.entries())
+        result.append(category);
+    return result;
 }
 
 Value payloadForm(const Value& archive) {

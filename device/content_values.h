@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tavrolin/foundation/value.h"
 #include "tavrolin/platform/json_text.h"
@@ -19,6 +20,10 @@ foundation::Value valueOf(const platform::NotificationContent& content);
 /// Reads the same back, from a process that may say anything: raises foundation::Exception when it
 /// is not of that form.
 platform::NotificationContent contentOf(const foundation::Value& value);
+
+/// [{"identifier", "actions": [{"identifier", "title", "options", "textInput"}]}]; of several
+/// categories with one identifier the last.
+foundation::Value valueOf(const std::vector<platform::NotificationCategory>& categories);
 
 /// The value with everything in it that JSON can say: dates as "yyyy-MM-dd'T'HH:mm:ss" in UTC, data
 /// as Base64, nil as null, texts as UTF-8 (what isn't becomes U+FFFD), numbers that are not finite

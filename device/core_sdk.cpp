@@ -1,9 +1,8 @@
 #include "device/core_sdk.h"
 
-#include <string>
-
 #include "device/content_values.h"
 #include "device/device_error.h"
+#include "tavrolin/actions/push_deeplink_helper.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/events/event_vocabulary.h"
 
@@ -12,62 +11,64 @@ namespace tavrolin::device {
 using foundation::Value;
 
 CoreSDK::CoreSDK(SystemState& state, platform::Dispatch& dispatch, platform::JSONText& json)
-    : state_(state), dispatch_(dispatch), json_(json) {}
+    : calls_(state, dispatch, json), state_(state) {}
 
-void CoreSDK::keep(std::string_view operation, const Value& arguments) {
-    // The library expects no failure from the core SDK: one is said in the log and goes no further.
+bool CoreSDK::answer(std::string_view setting) {
     try {
-        const auto text = json_.serialise(jsonForm(arguments), platform::JSONText::Style::compact);
-        if (!text) throw DeviceError(text.error().localizedDescription);
-        state_.addCall({std::string(operation), *text, dispatch_.now()});
+        return state_.setting(setting) == "true";
     } catch (const DeviceError& error) {
-        log(LogLevel::error, "-[CoreSDK keep:]",
-            formatMessage("Could not keep the call %@: %@", {operation, error.what()}));
+        log(LogLevel::error, "-[CoreSDK answer:]", error.what());
+        return false;
     }
 }
 
-// A core SDK that has not been told otherwise answers false.
 bool CoreSDK::checkIfTokenNeedsToBeSend() {
-    return false;
+    return answer(kSettingTokenNeeded);
 }
 
 bool CoreSDK::checkIfNotificationPermissionNeedsToBeSend() {
-    return false;
+    return answer(kSettingPermissionNeeded);
 }
 
 void CoreSDK::processEventsManually() {
-    keep(kFlush, Value::dictionary());
+    calls_.keep(kFlush, Value::dictionary());
 }
 
 bool CoreSDK::checkIfAttributionNeedsToBeUpdated(const Value& attributionParameters,
                                                  const Value& withRecievedIdentity) {
-    keep(kAttributionCheck, Value::dictionary({{"identity", jsonForm(attributionParameters)},
-                                               {"received", jsonForm(withRecievedIdentity)}}));
-    return false;
+    calls_.keep(kAttributionCheck,
+                Value::dictionary({{"identity", jsonForm(attributionParameters)},
+                                   {"received", jsonForm(withRecievedIdentity)}}));
+    return answer(kSettingAttributionNeeded);
 }
 
 void CoreSDK::handleOpenOperation(const Value& operation) {
-    keep(kOpenOperation, Value::dictionary({{"operation", jsonForm(operation)}}));
+    calls_.keep(kOpenOperation, Value::dictionary({{"operation", jsonForm(operation)}}));
 }
 
 void CoreSDK::handleDeeplinkOnMainQueue(const Value& deeplink, const Value& withCustomPayload) {
-    keep(kDeeplink, Value::dictionary({{"deeplink", jsonForm(deeplink)},
-                                       {"customPayload", jsonForm(withCustomPayload)}}));
+    calls_.keep(kDeeplink, Value::dictionary({{"deeplink", jsonForm(deeplink)},
+                                              {"customPayload", jsonForm(withCustomPayload)}}));
+    // What is for the app would now be shown by it; the sample app has nothing to show.
+    CVNPushDeeplinkHelper::handleDeeplinkURLString(
+        deeplink, withCustomPayload,
+        [](const Value& /*link*/, bool /*deliverToApp*/, const Value& /*customPayload*/) {});
 }
 
 void CoreSDK::recordEventWithId(std::int64_t eventId, std::int64_t eventType,
                                 const Value& andPayload) {
-    keep(kEvent, Value::dictionary({{"id", eventId},
-                                    {"name", EventNameString(static_cast<std::uint64_t>(eventId))},
-                                    {"type", eventType},
-                                    {"payload", jsonForm(andPayload)}}));
+    calls_.keep(kEvent,
+                Value::dictionary({{"id", eventId},
+                                   {"name", EventNameString(static_cast<std::uint64_t>(eventId))},
+                                   {"type", eventType},
+                                   {"payload", jsonForm(andPayload)}}));
 }
 
 void CoreSDK::recordEventWithName(const Value& eventName, std::int64_t eventType,
                                   const Value& andPayload) {
-    keep(kEvent, Value::dictionary({{"name", jsonForm(eventName)},
-                                    {"type", eventType},
-                                    {"payload", jsonForm(andPayload)}}));
+    calls_.keep(kEvent, Value::dictionary({{"name", jsonForm(eventName)},
+                                           {"type", eventType},
+                                           {"payload", jsonForm(andPayload)}}));
 }
 
 void CoreSDK::handleDeeplinkURLString(const Value& deeplink, const Value& customPayload) {
@@ -79,17 +80,17 @@ void CoreSDK::loadCorvalenStore() {}
 
 void CoreSDK::handleDoubleOptInWithStatus(std::int64_t status, bool forceOptIn,
                                           bool andInstantOptIn) {
-    keep(kDoubleOptIn,
-         Value::dictionary(
-             {{"status", status}, {"force", forceOptIn}, {"instant", andInstantOptIn}}));
+    calls_.keep(kDoubleOptIn,
+                Value::dictionary(
+                    {{"status", status}, {"force", forceOptIn}, {"instant", andInstantOptIn}}));
 }
 
 void CoreSDK::resetDoubleOptIn() {
-    keep(kDoubleOptInReset, Value::dictionary());
+    calls_.keep(kDoubleOptInReset, Value::dictionary());
 }
 
 void CoreSDK::saveDobuleOptIn2Timestamp(const Value& timestamp) {
-    keep(kDoubleOptIn2Timestamp, Value::dictionary({{"timestamp", jsonForm(timestamp)}}));
+    calls_.keep(kDoubleOptIn2Timestamp, Value::dictionary({{"timestamp", jsonForm(timestamp)}}));
 }
 
 }  // namespace tavrolin::device

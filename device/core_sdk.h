@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "device/calls.h"
 #include "device/system_state.h"
 #include "tavrolin/core/push_protocols.h"
 #include "tavrolin/platform/dispatch.h"
@@ -10,8 +11,13 @@
 
 namespace tavrolin::device {
 
+// What the stand-in core SDK answers, as it is kept: true or false.
+inline constexpr std::string_view kSettingTokenNeeded = "core.token-needed";
+inline constexpr std::string_view kSettingPermissionNeeded = "core.permission-needed";
+inline constexpr std::string_view kSettingAttributionNeeded = "core.attribution-needed";
+
 /// The stand-in for the platform's core SDK: keeps durably what it receives, in the order in which
-/// it came. Threads: any.
+/// it came, and routes deep links by the library's own rules. Threads: any.
 class CoreSDK : public CorvalenPushProtocol {
 public:
     CoreSDK(SystemState& state, platform::Dispatch& dispatch, platform::JSONText& json);
@@ -47,11 +53,11 @@ public:
     static constexpr std::string_view kDoubleOptIn2Timestamp = "doubleOptIn2Timestamp";
 
 private:
-    void keep(std::string_view operation, const foundation::Value& arguments);
+    /// False until it is set otherwise.
+    bool answer(std::string_view setting);
 
+    Calls calls_;
     SystemState& state_;
-    platform::Dispatch& dispatch_;
-    platform::JSONText& json_;
 };
 
 }  // namespace tavrolin::device

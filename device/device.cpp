@@ -1,19 +1,22 @@
 #include "device/device.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <filesystem>
+#include <map>
 #include <system_error>
 #include <utility>
 #include <vector>
 
+#include "device/app_ports.h"
+#include "device/app_process.h"
 #include "device/content_values.h"
 #include "device/core_sdk.h"
 #include "device/device_error.h"
+#include "device/extension_launcher.h"
 #include "device/process_platform.h"
 #include "device/run_folder.h"
-#include "device/tray_center.h"
+#include "device/system_notification_center.h"
 #include "tavrolin/payload/notification_parser.h"
 #include "tavrolin/payload/payload_keys.h"
 #include "tavrolin/platform/json_text.h"
@@ -76,21 +79,16 @@ bool exists(const std::string& path) {
     return true;
 }
 
-bool liesBelow(const fs::path& path, const std::string& folder) {
-    const auto relative = path.lexically_relative(folder);
-    return !relative.empty() && *relative.begin() != ".." && *relative.begin() != ".";
-}
-
 }  // namespace
 
 Device::Device(DeviceOptions options)
-    : options_(std::move(options)), folder_(options_.folder), clock_(folder_) {
+    : options_(std::move(options)), folder_(options_.folder), clock_(folder_), storage_(folder_) {
     folder_.make();
     platform_ = std::make_unique<ProcessPlatform>(folder_, "device",
                                                   adapters::asio::Clock::jumping(clock_.now()));
-    static TrayCenter* center =
-        new TrayCenter(platform_->systemState(), platform_->dispatch(), platform_->json(), {});
-    platform_->install(*center, options_.logLevel);
+    static auto* center = new SystemNotificationCenter(platform_->makeNotificationCenter({}));
+    platform_->install({.center = *center}, options_.logLevel);
+    fireUntil(clock_.now());
 }
 
 Device::~Device() = default;
@@ -123,6 +121,26 @@ Value Device::parsePayload(std::string_view text, std::optional<std::size_t> lim
     return *payload;
 }
 
+Value Device::parsePayloads(std::string_view text) const {
+    const auto payloads = platform_->json().parse(text);
+    if (!payloads) {
+        throw DeviceError("the payloads are no JSON: " + payloads.error().localizedDescription);
+    }
+    if (!payloads->isArray()) {
+        throw DeviceError("the payloads must be a JSON array, but they are " +
+                          std::string(Value::kindName(payloads->kind())));
+    }
+    std::size_t number = 0;
+    for (const Value& payload : payloads->items()) {
+        ++number;
+        if (payload.isDictionary()) continue;
+        throw DeviceError("payload " + std::to_string(number) +
+                          " must be a JSON object, but it is " +
+                          std::string(Value::kindName(payload.kind())));
+    }
+    return *payloads;
+}
+
 Value Device::deliver(const Value& payload, const std::optional<std::string>& identifier) {
     NotificationRequest request{identifier ? *identifier : randomIdentifier(),
                                 contentOfPush(payload)};
@@ -130,21 +148,15 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
     const Value& aps = apsOf(payload);
     const bool hasAlert = !aps[kPNAlert].isNil() && !aps[kPNAlert].isNull();
     if (isOne(aps[kPNContentAvailable]) && !hasAlert) {
-        return Value::dictionary({{"identifier", request.identifier},
-                                  {"recognised", isRecognised},
-                                  {"outcome", "silent"},
-                                  {"fetchResult", Value::null()},
-                                  {"replaced", Value::array()},
-                                  {"seconds", 0.0},
-                                  {"peakRssKiB", Value::null()}});
+        return deliverSilently(request, isRecognised);
     }
     if (isOne(aps[kPNMutableContent])) {
         return deliverThroughExtension(std::move(request), isRecognised);
     }
     const Date now = clock_.now();
     Value replaced = Value::array();
-    show(request, now, {}, replaced);
     clock_.reach(now);
+    show(request, now, replaced);
     return Value::dictionary({{"identifier", request.identifier},
                               {"recognised", isRecognised},
                               {"outcome", "untouched"},
@@ -154,30 +166,38 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
                               {"peakRssKiB", Value::null()}});
 }
 
+Value Device::deliverSilently(const NotificationRequest& request, bool isRecognised) {
+    Value push = step(kStepSilent);
+    push.set("payload", request.content.userInfo);
+    const AppRun run = runApp({.steps = {push}});
+    const Value& result = run.answers[kAnswerFetchResult];
+    const Value& fetchedAt = run.answers[kAnswerFetchedAt];
+    const Date end = fetchedAt.kind() == Value::Kind::date ? fetchedAt.date() : run.end;
+    return Value::dictionary(
+        {{"identifier", request.identifier},
+         {"recognised", isRecognised},
+         {"outcome", "silent"},
+         {"fetchResult", result.isNil() ? Value::null() : result},
+         {"replaced", Value::array()},
+         {"seconds", rounded(foundation::secondsBetween(run.start, end))},
+         {"peakRssKiB", run.peakRSSKiB ? Value(*run.peakRSSKiB) : Value::null()}});
+}
+
 Value Device::deliverThroughExtension(NotificationRequest request, bool isRecognised) {
-    const Date start = clock_.now();
-    const std::string run = randomIdentifier();
-    const RunFolder temporary(folder_.temporaryFolder(kExtension, run));
-    ExtensionResult result = runServiceExtension(
-        folder_, request, {options_.executable, options_.time, start, options_.logLevel, run});
+    ProcessStart start = processStart();
+    start.start = clock_.now();
+    start.run = randomIdentifier();
+    const RunFolder temporary(folder_.temporaryFolder(kExtension, start.run));
+    ExtensionResult result = runServiceExtension(start, request);
     // A foreign push comes back as it went in; what it says then is the original, too.
     if (result.content && isRecognised) request.content = std::move(*result.content);
 
     Value replaced = Value::array();
-    for (const std::string& removed : result.removed) {
+    for (const std::string& removed : result.removed)
         replaced.append(removed);
-        removeAttachments(removed);
-    }
-    const std::string kept = attachmentsOf(request.identifier) + "/" + run;
-    try {
-        moveAttachments(request.content, temporary.path(), kept);
-        show(request, result.handedBackAt, run, replaced);
-    } catch (...) {
-        std::error_code error;
-        fs::remove_all(kept, error);
-        throw;
-    }
+    storage_.take(request.content, temporary.path());
     clock_.reach(std::max(result.endedAt, result.handedBackAt));
+    show(request, result.handedBackAt, replaced);
     const bool isUntouched = !isRecognised && result.outcome == ExtensionResult::Outcome::completed;
     return Value::dictionary(
         {{"identifier", request.identifier},
@@ -185,69 +205,27 @@ Value Device::deliverThroughExtension(NotificationRequest request, bool isRecogn
          {"outcome", isUntouched ? "untouched" : outcomeText(result.outcome)},
          {"content", valueOf(request.content)},
          {"replaced", replaced},
-         {"seconds", rounded(foundation::secondsBetween(start, result.handedBackAt))},
+         {"seconds", rounded(foundation::secondsBetween(start.start, result.handedBackAt))},
          {"peakRssKiB", result.peakRSSKiB ? Value(*result.peakRSSKiB) : Value::null()}});
 }
 
-// The system takes handed-over files into its own storage. What lies elsewhere than in the run's
-// own folder, and what is no file, is not attached.
-void Device::moveAttachments(NotificationContent& content, const std::string& from,
-                             const std::string& to) {
-    std::vector<platform::Attachment> moved;
-    for (const platform::Attachment& attachment : content.attachments) {
-        std::error_code error;
-        const fs::path file = fs::canonical(attachment.url.path(), error);
-        if (error || !liesBelow(file, fs::canonical(from, error).string()) ||
-            !fs::is_regular_file(fs::symlink_status(attachment.url.path(), error))) {
-            continue;
+void Device::show(const NotificationRequest& request, Date at, Value& replaced) {
+    const Value content = jsonForm(valueOf(request.content));
+    TrayEntry entry{request.identifier, at, {}};
+    try {
+        entry.content =
+            orFail(platform_->json().serialise(content, platform::JSONText::Style::compact),
+                   "the notification can't be kept");
+        if (const auto older = platform_->systemState().putOnTray(entry)) {
+            replaced.append(request.identifier);
+            storage_.remove(readJSON(older->content));
         }
-        fs::create_directories(to, error);
-        const fs::path target = fs::path(to) / file.filename();
-        fs::rename(file, target, error);
-        if (error) continue;
-        moved.push_back({attachment.identifier, foundation::URL::fileURLWithPath(target.string())});
+    } catch (...) {
+        storage_.remove(content);
+        throw;
     }
-    content.attachments = std::move(moved);
-}
-
-void Device::show(const NotificationRequest& request, Date at, const std::string& run,
-                  Value& replaced) {
-    const Value content = valueOf(request.content);
-    const std::string text =
-        orFail(platform_->json().serialise(jsonForm(content), platform::JSONText::Style::compact),
-               "the notification can't be kept");
-    if (!platform_->systemState().putOnTray({request.identifier, at, text})) return;
-    replaced.append(request.identifier);
-    // What the older one of the same identifier had lies beside the new one's files.
-    std::error_code error;
-    for (const auto& folder : fs::directory_iterator(attachmentsOf(request.identifier), error)) {
-        if (folder.path().filename().string() != run) fs::remove_all(folder.path(), error);
-    }
-}
-
-void Device::removeAttachments(const std::string& identifier) {
-    std::error_code error;
-    fs::remove_all(attachmentsOf(identifier), error);
-}
-
-// A folder for each request; an identifier is any text.
-std::string Device::attachmentsOf(const std::string& identifier) const {
-    static constexpr std::string_view kDigits = "0123456789abcdef";
-    constexpr std::size_t kLongest = 200;
-    std::string name;
-    for (const char c : identifier) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (std::isalnum(byte) != 0 || c == '-') {
-            name += c;
-        } else {
-            name.append(1, '_').append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 15U]);
-        }
-    }
-    if (name.size() > kLongest) {
-        name =
-            name.substr(0, kLongest) + "_" + std::to_string(std::hash<std::string>()(identifier));
-    }
-    return folder_.attachments() + "/" + name;
+    fireUntil(clock_.now());
+    presentIfInForeground(entry);
 }
 
 // --- Looking ----------------------------------------------------------------------------------
@@ -269,7 +247,7 @@ Value Device::tray() {
 
 Value Device::events() {
     Value result = Value::array();
-    for (const CoreCall& call : platform_->systemState().calls(CoreSDK::kEvent)) {
+    for (const Call& call : platform_->systemState().calls(CoreSDK::kEvent)) {
         Value event = readJSON(call.arguments);
         if (!event.isDictionary()) continue;  // a damaged record hides none of the others
         event.set("at", dateText(call.at));
@@ -318,32 +296,49 @@ Value Device::preferences() {
     return jsonForm(suite->dictionaryRepresentation());
 }
 
-Value Device::outbox() {
-    Value deeplinks = Value::array();
-    Value doubleOptIn = Value::array();
-    Value timestamps = Value::array();
-    Value attributionChecks = Value::array();
-    std::int64_t resets = 0;
-    for (const CoreCall& call : platform_->systemState().calls()) {
-        const Value arguments = readJSON(call.arguments);
-        if (call.operation == CoreSDK::kDeeplink) deeplinks.append(arguments);
-        if (call.operation == CoreSDK::kDoubleOptIn) doubleOptIn.append(arguments);
-        if (call.operation == CoreSDK::kDoubleOptIn2Timestamp) {
-            timestamps.append(arguments["timestamp"]);
-        }
-        if (call.operation == CoreSDK::kAttributionCheck) attributionChecks.append(arguments);
-        if (call.operation == CoreSDK::kDoubleOptInReset) ++resets;
+Value Device::pending() {
+    Value result = Value::array();
+    for (const PendingEntry& entry : platform_->systemState().pending()) {
+        result.append(Value::dictionary({{"identifier", entry.identifier},
+                                         {"fireAt", dateText(entry.fireAt)},
+                                         {"content", readJSON(entry.content)}}));
     }
-    return Value::dictionary({{"openedURLs", Value::array()},
-                              {"pasteboard", Value::null()},
-                              {"deeplinks", deeplinks},
-                              {"postedNotifications", Value::array()},
-                              {"badge", 0},
-                              {"remoteRegistrations", 0},
-                              {"doubleOptIn", doubleOptIn},
-                              {"doubleOptInResets", resets},
-                              {"doubleOptIn2Timestamps", timestamps},
-                              {"attributionChecks", attributionChecks}});
+    return result;
+}
+
+Value Device::categories() {
+    const auto kept = platform_->systemState().setting(kSettingCategories);
+    const Value result = kept ? readJSON(*kept) : Value::array();
+    return result.isArray() ? result : Value::array();
+}
+
+Value Device::outbox() {
+    std::map<std::string, std::vector<Value>, std::less<>> calls;
+    for (const Call& call : platform_->systemState().calls()) {
+        if (call.operation != CoreSDK::kEvent) {
+            calls[call.operation].push_back(readJSON(call.arguments));
+        }
+    }
+    // Of each call its arguments, or one of them.
+    const auto list = [&](std::string_view operation, std::string_view argument = {}) {
+        Value result = Value::array();
+        for (const Value& arguments : calls[std::string(operation)])
+            result.append(argument.empty() ? arguments : arguments[argument]);
+        return result;
+    };
+    const auto& copied = calls[std::string(kCallPasteboard)];
+    const auto badge = platform_->systemState().setting(kSettingBadge);
+    return Value::dictionary(
+        {{"openedURLs", list(kCallOpenURL, "url")},
+         {"pasteboard", copied.empty() ? Value::null() : copied.back()["string"]},
+         {"deeplinks", list(CoreSDK::kDeeplink)},
+         {"postedNotifications", list(kCallPost)},
+         {"badge", badge ? Value(*badge).integerValue() : 0},
+         {"remoteRegistrations", calls[std::string(kCallRemoteRegistration)].size()},
+         {"doubleOptIn", list(CoreSDK::kDoubleOptIn)},
+         {"doubleOptInResets", calls[std::string(CoreSDK::kDoubleOptInReset)].size()},
+         {"doubleOptIn2Timestamps", list(CoreSDK::kDoubleOptIn2Timestamp, "timestamp")},
+         {"attributionChecks", list(CoreSDK::kAttributionCheck)}});
 }
 
 }  // namespace tavrolin::device

@@ -1,14 +1,16 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "device/app_launcher.h"
+#include "device/attachment_storage.h"
+#include "device/child_process.h"
 #include "device/device_clock.h"
 #include "device/device_folder.h"
-#include "device/extension_launcher.h"
+#include "device/system_state.h"
 #include "tavrolin/foundation/value.h"
 
 namespace tavrolin::device {
@@ -35,17 +37,50 @@ public:
     /// A push's user info from JSON text. With a limit, what is larger than that many bytes in the
     /// compact form is refused.
     foundation::Value parsePayload(std::string_view text, std::optional<std::size_t> limit) const;
+    /// Payloads from JSON text: an array of objects, without a limit.
+    foundation::Value parsePayloads(std::string_view text) const;
     /// Hands one payload to the device, as the push service would. Without an identifier the
     /// request gets a new one.
     foundation::Value deliver(const foundation::Value& payload,
                               const std::optional<std::string>& identifier);
 
+    // Looking.
     foundation::Value tray();
+    foundation::Value pending();
     foundation::Value store();
     foundation::Value events();
     foundation::Value flushes();  // {"flushes": N}
     foundation::Value preferences();
+    foundation::Value categories();
     foundation::Value outbox();
+
+    // Acting, as the user would. `removed` are identifiers that were on the tray.
+    /// Opens the notification, or presses an action of its menu with the text that was typed:
+    /// {"app": state}.
+    foundation::Value respond(const std::string& identifier, const std::string& actionIdentifier,
+                              const std::optional<std::string>& userText);
+    foundation::Value dismiss(const std::string& identifier);  // {"removed"}
+    foundation::Value clear();                                 // {"removed"}
+
+    // Acting, on the app, which is started for it: {"app": state}, with what it answered.
+    /// The payload is what the push service's notification brought along, or nil. Does nothing when
+    /// the app runs.
+    foundation::Value launchApp(const foundation::Value& payload);
+    /// One step after another; see app_process.h.
+    foundation::Value tellApp(std::vector<foundation::Value> steps,
+                              std::optional<AppState> target = std::nullopt);
+    foundation::Value silentPush(const foundation::Value& payload);  // {"fetchResult"}
+    /// A push that arrives while the app is in the foreground: as `deliver`.
+    foundation::Value present(const foundation::Value& payload);
+    foundation::Value badge();  // {"badge"}
+    /// The user's decision in the system's settings: {"permission": status}.
+    foundation::Value setPermission(platform::AuthorizationStatus status);
+    /// {KEY: value}.
+    foundation::Value setCoreAnswer(std::string_view setting, bool value);
+    foundation::Value setUserIdentity(const std::string& identity);
+
+    /// Lets so many seconds pass: {"now", "fired"}.
+    foundation::Value advance(double seconds);
 
     /// Empties the device at the folder, which need not be readable for that.
     static void reset(std::string_view folder);
@@ -54,20 +89,27 @@ public:
     static constexpr std::size_t kLargestPayload = 4096;
 
 private:
+    ProcessStart processStart() const;
+    foundation::Value deliverSilently(const platform::NotificationRequest& request,
+                                      bool isRecognised);
     foundation::Value deliverThroughExtension(platform::NotificationRequest request,
                                               bool isRecognised);
-    void moveAttachments(platform::NotificationContent& content, const std::string& from,
-                         const std::string& to);
-    void removeAttachments(const std::string& identifier);
-    std::string attachmentsOf(const std::string& identifier) const;
-    /// Puts the request on the tray; `run` names the folder of its own attachments.
+    /// Puts the request on the tray, and before the app when that is in the foreground.
     void show(const platform::NotificationRequest& request, foundation::Date at,
-              const std::string& run, foundation::Value& replaced);
+              foundation::Value& replaced);
+    void presentIfInForeground(const TrayEntry& entry);
+    /// Fires what is due by that date, and gives the identifiers.
+    foundation::Value fireUntil(foundation::Date date);
+    AppRun runAppAlone(AppOrder order);
+    /// A run of the app, and what fell due in its time.
+    AppRun runApp(AppOrder order);
+    foundation::Value removed(const std::vector<TrayEntry>& entries);
     foundation::Value readJSON(const std::string& text) const;
 
     DeviceOptions options_;
     DeviceFolder folder_;
     DeviceClock clock_;
+    AttachmentStorage storage_;
     std::unique_ptr<ProcessPlatform> platform_;
 };
 

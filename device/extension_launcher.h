@@ -5,13 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "device/device_folder.h"
+#include "device/child_process.h"
 #include "tavrolin/foundation/date.h"
 #include "tavrolin/platform/user_notification_center.h"
 
 namespace tavrolin::device {
-
-enum class TimeMode { real, jump };
 
 /// What came of a service extension's run.
 struct ExtensionResult {
@@ -26,19 +24,10 @@ struct ExtensionResult {
     std::optional<std::int64_t> peakRSSKiB;
 };
 
-struct ExtensionRun {
-    std::string executable;  // the program that can be started as an extension process
-    TimeMode time = TimeMode::real;
-    foundation::Date start;
-    int logLevel = 4;
-    std::string name;  // of the run's temporary folder, which is the caller's to remove
-};
-
 /// Runs the sample app's service extension on a request, as a process of its own, and waits for its
 /// end. Its death, its silence and whatever it says are taken as a system would take them: there is
 /// always a result. Throws DeviceError only when no process can be started.
-ExtensionResult runServiceExtension(const DeviceFolder& folder,
-                                    const platform::NotificationRequest& request,
-                                    const ExtensionRun& run);
+ExtensionResult runServiceExtension(const ProcessStart& start,
+                                    const platform::NotificationRequest& request);
 
 }  // namespace tavrolin::device

@@ -4,24 +4,36 @@
 
 namespace tavrolin::device {
 
-// The keys of the messages between the device and an extension process. Each message is a
+// The keys of the messages between the device and one of its processes. Each message is a
 // dictionary.
 
-// The one message to the extension.
+// The one message to the process.
 inline constexpr std::string_view kMessageDevice = "device";      // the device's folder
 inline constexpr std::string_view kMessageJumping = "jumping";    // boolean: which clock
 inline constexpr std::string_view kMessageStart = "start";        // date: the device's time
 inline constexpr std::string_view kMessageLogLevel = "logLevel";  // integer
 inline constexpr std::string_view kMessageRun = "run";  // names the run's temporary folder
+
+// To the service extension.
 inline constexpr std::string_view kMessageIdentifier = "identifier";  // the request's
 
-// To both sides: a notification's content.
+// To the app.
+inline constexpr std::string_view kMessageWakes = "wakes";  // boolean: it runs already
+inline constexpr std::string_view kMessageInForeground = "inForeground";  // boolean: at the end
+inline constexpr std::string_view kMessageSteps = "steps";  // what is to happen: see app_process.h
+
+// Both ways: a notification's content.
 inline constexpr std::string_view kMessageContent = "content";
 
-// From the extension.
+// From the app: {name: value} of what it answered.
+inline constexpr std::string_view kMessageAnswers = "answers";
+
+// From the service extension.
 inline constexpr std::string_view kMessageAt = "at";  // date: when content was handed back
-inline constexpr std::string_view kMessageExpired = "expired";     // boolean: its time had run out
-inline constexpr std::string_view kMessageRemoved = "removed";     // identifiers taken off the tray
+inline constexpr std::string_view kMessageExpired = "expired";  // boolean: its time had run out
+inline constexpr std::string_view kMessageRemoved = "removed";  // identifiers taken off the tray
+
+// From every process.
 inline constexpr std::string_view kMessageActivity = "activity";   // integer: a sign of life
 inline constexpr std::string_view kMessageNow = "now";             // date: how far its clock is
 inline constexpr std::string_view kMessageEnd = "end";             // date: all its work is done

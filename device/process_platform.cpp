@@ -105,9 +105,16 @@ void ProcessPlatform::makeContainer() {
     makeFolder(adapters_->temporary);
 }
 
-void ProcessPlatform::install(platform::UserNotificationCenter& center, int logLevel) {
+SystemNotificationCenter ProcessPlatform::makeNotificationCenter(
+    std::function<void(const std::vector<std::string>&)> didRemove) {
     Adapters& own = *adapters_;
-    platform::install({.application = &own.application,
+    return {own.state,     own.dispatch,        own.json, AttachmentStorage(own.folder),
+            own.temporary, std::move(didRemove)};
+}
+
+void ProcessPlatform::install(const OwnPorts& ports, int logLevel) {
+    Adapters& own = *adapters_;
+    platform::install({.application = ports.application ? ports.application : &own.application,
                        .attachments = &own.attachments,
                        .bundles = &own.bundles,
                        .dispatch = &own.dispatch,
@@ -115,11 +122,11 @@ void ProcessPlatform::install(platform::UserNotificationCenter& center, int logL
                        .imageDecoder = &own.imageDecoder,
                        .json = &own.json,
                        .logSink = &own.logSink,
-                       .pasteboard = &own.pasteboard,
+                       .pasteboard = ports.pasteboard ? ports.pasteboard : &own.pasteboard,
                        .preferences = &own.preferences,
                        .recordStores = &own.recordStores,
                        .urlSession = &own.session,
-                       .notificationCenter = &center});
+                       .notificationCenter = &ports.center});
     CVNPushLogger::setDebugLevel(logLevel);
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "adapters/asio/asio_dispatch.h"
 #include "device/device_folder.h"
+#include "device/system_notification_center.h"
 #include "device/system_state.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/platform/user_notification_center.h"
@@ -25,8 +28,17 @@ public:
 
     /// Makes the folders that an app's process may write to. Throws DeviceError.
     void makeContainer();
-    /// Installs the ports, with the process's own notification center, and sets the log threshold.
-    void install(platform::UserNotificationCenter& center, int logLevel);
+    /// The ports that differ from process to process. They live as long as it does.
+    struct OwnPorts {
+        platform::UserNotificationCenter& center;
+        platform::Application* application = nullptr;  // none: it hears and opens nothing
+        platform::Pasteboard* pasteboard = nullptr;    // none: what is copied goes nowhere
+    };
+    /// Installs the ports and sets the log threshold.
+    void install(const OwnPorts& ports, int logLevel);
+    /// A center over the system state, for this process.
+    SystemNotificationCenter makeNotificationCenter(
+        std::function<void(const std::vector<std::string>&)> didRemove);
 
     adapters::asio::AsioDispatch& dispatch();
     platform::RecordStores& recordStores();

@@ -16,16 +16,32 @@ using platform::Record;
 
 namespace {
 
+constexpr bool kIndexed = true;
+constexpr bool kNotIndexed = false;
+
 const platform::ManagedObjectModel& model() {
     static const platform::ManagedObjectModel instance{
         {{"TrayEntry",
-          {{"identifier", AttributeType::string, true, {}},
-           {"deliveredAt", AttributeType::date, false, {}},
-           {"content", AttributeType::string, false, {}}}},
+          {{"identifier", AttributeType::string, kIndexed, {}},
+           {"deliveredAt", AttributeType::date, kNotIndexed, {}},
+           {"content", AttributeType::string, kNotIndexed, {}}}},
          {"CoreCall",
-          {{"operation", AttributeType::string, true, {}},
-           {"arguments", AttributeType::string, false, {}},
-           {"at", AttributeType::date, false, {}}}}}};
+          {{"operation", AttributeType::string, kIndexed, {}},
+           {"arguments", AttributeType::string, kNotIndexed, {}},
+           {"at", AttributeType::date, kNotIndexed, {}}}},
+         {"PendingEntry",
+          {{"identifier", AttributeType::string, kIndexed, {}},
+           {"fireAt", AttributeType::date, kIndexed, {}},
+           {"content", AttributeType::string, kNotIndexed, {}}}},
+         {"QueuedResponse",
+          {{"actionIdentifier", AttributeType::string, kNotIndexed, {}},
+           {"userText", AttributeType::string, kNotIndexed, {}},
+           {"identifier", AttributeType::string, kNotIndexed, {}},
+           {"deliveredAt", AttributeType::date, kNotIndexed, {}},
+           {"content", AttributeType::string, kNotIndexed, {}}}},
+         {"Setting",
+          {{"key", AttributeType::string, kIndexed, {}},
+           {"value", AttributeType::string, kNotIndexed, {}}}}}};
     return instance;
 }
 
@@ -35,6 +51,38 @@ const EntityDescription& trayEntity() {
 
 const EntityDescription& callEntity() {
     return *model().entityNamed("CoreCall");
+}
+
+const EntityDescription& pendingEntity() {
+    return *model().entityNamed("PendingEntry");
+}
+
+const EntityDescription& responseEntity() {
+    return *model().entityNamed("QueuedResponse");
+}
+
+const EntityDescription& settingEntity() {
+    return *model().entityNamed("Setting");
+}
+
+std::string text(const Value& value) {
+    return value.isString() ? std::string(value.string()) : std::string();
+}
+
+TrayEntry trayEntryOf(const Record& record) {
+    return {text(record.values[0]), record.values[1].date(), text(record.values[2])};
+}
+
+PendingEntry pendingEntryOf(const Record& record) {
+    return {text(record.values[0]), record.values[1].date(), text(record.values[2])};
+}
+
+QueuedResponse responseOf(const Record& record) {
+    const Value& typed = record.values[1];
+    return {record.id,
+            text(record.values[0]),
+            typed.isNil() ? std::nullopt : std::optional(text(typed)),
+            {text(record.values[2]), record.values[3].date(), text(record.values[4])}};
 }
 
 FetchRequest all(const EntityDescription& entity) {
@@ -110,58 +158,186 @@ void SystemState::inTransaction(Work work) {
     check(open.commit());
 }
 
+// --- The tray -----------------------------------------------------------------------------------
+
 std::vector<TrayEntry> SystemState::tray() {
     const std::lock_guard lock(mutex_);
     std::vector<TrayEntry> entries;
-    for (const Record& record : checked(store().fetch(all(trayEntity())))) {
-        entries.push_back({std::string(record.values[0].string()), record.values[1].date(),
-                           std::string(record.values[2].string())});
-    }
+    for (const Record& record : checked(store().fetch(all(trayEntity()))))
+        entries.push_back(trayEntryOf(record));
     return entries;
 }
 
-bool SystemState::removeEntry(const std::string& identifier) {
-    return checked(store().removeMatching(matching(trayEntity(), "identifier = %@", identifier))) >
-           0;
+std::optional<TrayEntry> SystemState::takeFromTray(const std::string& identifier) {
+    std::optional<TrayEntry> taken;
+    const auto request = matching(trayEntity(), "identifier = %@", identifier);
+    for (const Record& record : checked(store().fetch(request))) {
+        taken = trayEntryOf(record);
+        check(store().remove(trayEntity(), record.id));
+    }
+    return taken;
 }
 
-bool SystemState::putOnTray(const TrayEntry& entry) {
+std::optional<TrayEntry> SystemState::putOnTray(const TrayEntry& entry) {
     const std::lock_guard lock(mutex_);
-    bool replaced = false;
+    std::optional<TrayEntry> replaced;
     inTransaction([&](platform::RecordStore& open) {
-        replaced = removeEntry(entry.identifier);
+        replaced = takeFromTray(entry.identifier);
         checked(open.insert(trayEntity(), {entry.identifier, entry.deliveredAt, entry.content}));
     });
     return replaced;
 }
 
-std::vector<std::string> SystemState::removeFromTray(const std::vector<std::string>& identifiers) {
+std::vector<TrayEntry> SystemState::removeFromTray(const std::vector<std::string>& identifiers) {
     const std::lock_guard lock(mutex_);
-    std::vector<std::string> removed;
+    std::vector<TrayEntry> removed;
     inTransaction([&](platform::RecordStore&) {
         for (const std::string& identifier : identifiers) {
-            if (removeEntry(identifier)) removed.push_back(identifier);
+            if (auto entry = takeFromTray(identifier)) removed.push_back(std::move(*entry));
         }
     });
     return removed;
 }
 
-void SystemState::addCall(const CoreCall& call) {
+std::vector<TrayEntry> SystemState::clearTray() {
+    const std::lock_guard lock(mutex_);
+    std::vector<TrayEntry> removed;
+    inTransaction([&](platform::RecordStore& open) {
+        for (const Record& record : checked(open.fetch(all(trayEntity()))))
+            removed.push_back(trayEntryOf(record));
+        checked(open.removeMatching(all(trayEntity())));
+    });
+    return removed;
+}
+
+// --- What waits ---------------------------------------------------------------------------------
+
+namespace {
+
+// Records of the same moment stay in the order of insertion.
+std::vector<Record> pendingRecords(platform::RecordStore& store) {
+    FetchRequest request = all(pendingEntity());
+    request.sortDescriptor = foundation::SortDescriptor{"fireAt", true};
+    return checked(store.fetch(request));
+}
+
+}  // namespace
+
+std::vector<PendingEntry> SystemState::pending() {
+    const std::lock_guard lock(mutex_);
+    std::vector<PendingEntry> entries;
+    for (const Record& record : pendingRecords(store()))
+        entries.push_back(pendingEntryOf(record));
+    return entries;
+}
+
+SystemState::Displaced SystemState::addPending(const PendingEntry& entry) {
+    const std::lock_guard lock(mutex_);
+    Displaced displaced;
+    inTransaction([&](platform::RecordStore& open) {
+        const auto same = matching(pendingEntity(), "identifier = %@", entry.identifier);
+        for (const Record& record : checked(open.fetch(same))) {
+            displaced.replaced = pendingEntryOf(record);
+            check(open.remove(pendingEntity(), record.id));
+        }
+        checked(open.insert(pendingEntity(), {entry.identifier, entry.fireAt, entry.content}));
+        if (checked(open.count(all(pendingEntity()))) <= static_cast<std::int64_t>(kMostPending)) {
+            return;
+        }
+        const std::vector<Record> records = pendingRecords(open);
+        for (std::size_t i = kMostPending; i < records.size(); ++i) {
+            displaced.dropped.push_back(pendingEntryOf(records[i]));
+            check(open.remove(pendingEntity(), records[i].id));
+        }
+    });
+    return displaced;
+}
+
+std::optional<SystemState::Fired> SystemState::fireNext(foundation::Date until) {
+    const std::lock_guard lock(mutex_);
+    const auto due = matching(pendingEntity(), "fireAt <= %@", until);
+    // Most of the time nothing is: then there is nothing to write either.
+    if (checked(store().count(due)) == 0) return std::nullopt;
+    std::optional<Fired> fired;
+    inTransaction([&](platform::RecordStore& open) {
+        const std::vector<Record> records = pendingRecords(open);
+        if (records.empty() || until < records.front().values[1].date()) return;
+        const PendingEntry soonest = pendingEntryOf(records.front());
+        check(open.remove(pendingEntity(), records.front().id));
+        fired = Fired{{soonest.identifier, soonest.fireAt, soonest.content},
+                      takeFromTray(soonest.identifier)};
+        checked(open.insert(trayEntity(), {soonest.identifier, soonest.fireAt, soonest.content}));
+    });
+    return fired;
+}
+
+// --- What the app has not taken yet -------------------------------------------------------------
+
+bool SystemState::queueResponse(const std::string& identifier, const std::string& actionIdentifier,
+                                const std::optional<std::string>& userText) {
+    const std::lock_guard lock(mutex_);
+    bool isThere = false;
+    inTransaction([&](platform::RecordStore& open) {
+        const auto entry = takeFromTray(identifier);
+        if (!entry) return;
+        isThere = true;
+        checked(
+            open.insert(responseEntity(), {actionIdentifier, userText ? Value(*userText) : Value(),
+                                           entry->identifier, entry->deliveredAt, entry->content}));
+    });
+    return isThere;
+}
+
+std::vector<QueuedResponse> SystemState::responses() {
+    const std::lock_guard lock(mutex_);
+    std::vector<QueuedResponse> result;
+    for (const Record& record : checked(store().fetch(all(responseEntity()))))
+        result.push_back(responseOf(record));
+    return result;
+}
+
+bool SystemState::takeResponse(std::int64_t number) {
+    const std::lock_guard lock(mutex_);
+    bool isFirst = false;
+    inTransaction([&](platform::RecordStore& open) {
+        if (!checked(open.record(responseEntity(), number))) return;
+        isFirst = true;
+        check(open.remove(responseEntity(), number));
+    });
+    return isFirst;
+}
+
+// --- Settings and calls -------------------------------------------------------------------------
+
+std::optional<std::string> SystemState::setting(std::string_view key) {
+    const std::lock_guard lock(mutex_);
+    const auto found = checked(store().fetch(matching(settingEntity(), "key = %@", key)));
+    if (found.empty()) return std::nullopt;
+    return text(found.front().values[1]);
+}
+
+void SystemState::setSetting(std::string_view key, std::string_view value) {
+    const std::lock_guard lock(mutex_);
+    inTransaction([&](platform::RecordStore& open) {
+        checked(open.removeMatching(matching(settingEntity(), "key = %@", key)));
+        checked(open.insert(settingEntity(), {key, value}));
+    });
+}
+
+void SystemState::addCall(const Call& call) {
     const std::lock_guard lock(mutex_);
     inTransaction([&](platform::RecordStore& open) {
         checked(open.insert(callEntity(), {call.operation, call.arguments, call.at}));
     });
 }
 
-std::vector<CoreCall> SystemState::calls(std::optional<std::string_view> operation) {
+std::vector<Call> SystemState::calls(std::optional<std::string_view> operation) {
     const std::lock_guard lock(mutex_);
     const FetchRequest request =
         operation ? matching(callEntity(), "operation = %@", *operation) : all(callEntity());
-    std::vector<CoreCall> result;
-    for (const Record& record : checked(store().fetch(request))) {
-        result.push_back({std::string(record.values[0].string()),
-                          std::string(record.values[1].string()), record.values[2].date()});
-    }
+    std::vector<Call> result;
+    for (const Record& record : checked(store().fetch(request)))
+        result.push_back({text(record.values[0]), text(record.values[1]), record.values[2].date()});
     return result;
 }
 

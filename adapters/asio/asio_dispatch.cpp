@@ -46,6 +46,9 @@ double secondsOf(RealClock::duration time) {
     return std::chrono::duration<double>(time).count();
 }
 
+// What ends a run of the main queue, besides being told to.
+enum class RunEnd { never, idle, quiet };
+
 // An exception that leaves a block ends the process, on every queue alike.
 void run(const Block& block) noexcept {
     block();
@@ -73,7 +76,7 @@ struct AsioDispatch::State {
     std::size_t unfinished = 0;      // blocks that are queued or running
     std::size_t unfinishedPool = 0;  // those of the global queues
     bool isRunning = false;
-    bool stopsWhenIdle = false;
+    RunEnd runEnd = RunEnd::never;
     bool stopRequested = false;
     std::vector<std::thread> threads;
     std::atomic<std::uint64_t> activity{0};
@@ -84,7 +87,7 @@ struct AsioDispatch::State {
     std::optional<::asio::steady_timer> alarm;
     RealClock::time_point alarmAt = RealClock::time_point::max();
 
-    void runMain(bool untilIdle);
+    void runMain(RunEnd end);
     void pushMain(Block block);
     void runOneMain();
     void runOneGlobal();
@@ -193,13 +196,14 @@ void AsioDispatch::State::finished(Block& block, bool isGlobal) {
 // Called under the lock after every change that could let time or the run go on.
 void AsioDispatch::State::settle() {
     if (!isRunning) return;
+    if (runEnd == RunEnd::quiet && unfinished == 0) return mainContext.stop();
     if (clock.isJumping()) {
         settleJumping();
     } else {
         settleReal();
     }
     const bool isIdle = unfinished == 0 && timers.empty() && !mayNeverEnd();
-    if (stopRequested || (isIdle && stopsWhenIdle)) mainContext.stop();
+    if (stopRequested || (isIdle && runEnd == RunEnd::idle)) mainContext.stop();
 }
 
 void AsioDispatch::State::settleReal() {
@@ -259,13 +263,13 @@ RealClock::time_point AsioDispatch::State::silentFrom() const {
 
 // --- Running ------------------------------------------------------------------------------------
 
-void AsioDispatch::State::runMain(bool untilIdle) {
+void AsioDispatch::State::runMain(RunEnd end) {
     const auto work = ::asio::make_work_guard(mainContext);
     {
         const std::lock_guard lock(mutex);
         mainContext.restart();
         isRunning = true;
-        stopsWhenIdle = untilIdle;
+        runEnd = end;
         settle();
     }
     mainContext.run();
@@ -300,11 +304,15 @@ AsioDispatch::~AsioDispatch() {
 }
 
 void AsioDispatch::runMain() {
-    state_->runMain(false);
+    state_->runMain(RunEnd::never);
 }
 
 void AsioDispatch::runMainUntilIdle() {
-    state_->runMain(true);
+    state_->runMain(RunEnd::idle);
+}
+
+void AsioDispatch::runMainUntilQuiet() {
+    state_->runMain(RunEnd::quiet);
 }
 
 void AsioDispatch::stop() {

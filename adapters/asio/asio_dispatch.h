@@ -48,6 +48,9 @@ public:
     /// The same, but also returns once no block is queued or running on any queue, no timer is
     /// waiting, no hold is open and no work is pending.
     void runMainUntilIdle();
+    /// The same, but returns as soon as no block is queued or running on any queue: timers go on
+    /// waiting, and no clock jumps.
+    void runMainUntilQuiet();
     /// Ends the run after the block that runs now; without one, the next run ends at once.
     void stop();
 

@@ -6,6 +6,9 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,10 +17,16 @@
 #include <functional>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "apps/tavrolin/printing.h"
+#include "device/app_process.h"
+#include "device/core_sdk.h"
 #include "device/device.h"
 #include "device/device_error.h"
 #include "device/service_extension_process.h"
@@ -36,6 +45,7 @@ constexpr int kWrongUsage = 2;
 
 // Far above every payload, and far below what would exhaust the machine.
 constexpr std::size_t kPiece = std::size_t{64} * 1024;
+constexpr double kLongestAdvance = 1e10;  // seconds: more than 300 years
 constexpr std::size_t kLargestInput = std::size_t{64} * 1024 * 1024;
 
 struct Arguments {
@@ -48,6 +58,14 @@ struct Arguments {
     bool lines = false;
     bool noLimit = false;
     bool flushes = false;
+    std::string action;
+    std::optional<std::string> reply;
+    std::optional<std::string> payloadFile;
+    std::optional<std::string> normalFile;
+    std::optional<std::string> scheduledFile;
+    std::string text;
+    std::string key;
+    bool instant = false;
 
     DeviceOptions options() const {
         DeviceOptions result;
@@ -122,6 +140,49 @@ private:
     std::ifstream file_;
 };
 
+Value orEmpty(const Value& payloads) {
+    return payloads.isNil() ? Value::array() : payloads;
+}
+
+// The number that a hexadecimal digit stands for; nothing for another character.
+std::optional<std::uint8_t> digit(char c) {
+    if (c >= '0' && c <= '9') return static_cast<std::uint8_t>(c - '0');
+    if (c >= 'a' && c <= 'f') return static_cast<std::uint8_t>(c - 'a' + 10);
+    if (c >= 'A' && c <= 'F') return static_cast<std::uint8_t>(c - 'A' + 10);
+    return std::nullopt;
+}
+
+std::string hexadecimal(const std::string& text) {
+    if (text.size() % 2 != 0) return "a token's bytes are two hexadecimal digits each";
+    const bool isHexadecimal =
+        std::all_of(text.begin(), text.end(), [](char c) { return digit(c).has_value(); });
+    return isHexadecimal ? "" : "a token has hexadecimal digits only";
+}
+
+Value bytesOfHex(const std::string& text) {
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2)
+        bytes.push_back(static_cast<std::uint8_t>(*digit(text[i]) << 4U | *digit(text[i + 1])));
+    return Value::data(bytes);
+}
+
+// "30s", "5m", "2h", "31d", or several of them joined.
+std::optional<double> secondsOf(const std::string& text) {
+    static const std::map<char, double> kUnits = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86400}};
+    double seconds = 0;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at < end) {
+        double number = 0;
+        const auto [next, error] = std::from_chars(at, end, number, std::chars_format::fixed);
+        const auto unit = next < end ? kUnits.find(*next) : kUnits.end();
+        if (error != std::errc() || unit == kUnits.end() || !(number >= 0)) return std::nullopt;
+        seconds += number * unit->second;
+        at = next + 1;
+    }
+    return text.empty() || !(seconds <= kLongestAdvance) ? std::nullopt : std::optional(seconds);
+}
+
 int deliverOne(const Arguments& arguments) {
     const std::string text = Input(arguments.file).all();
     Device device(arguments.options());
@@ -152,12 +213,259 @@ int deliverLines(const Arguments& arguments) {
     return status;
 }
 
+Value payloadIn(const Device& device, const std::string& file, const Arguments& arguments) {
+    return device.parsePayload(Input(file).all(), arguments.limit());
+}
+
+// What a silent fetch brings: an array of payloads; nil without a file.
+Value payloadsIn(const Device& device, const std::optional<std::string>& file) {
+    return file ? device.parsePayloads(Input(*file).all()) : Value();
+}
+
+using Act = std::function<Value(Device&)>;
+
+int act(const Arguments& arguments, const Act& act, printing::Printer printer) {
+    Device device(arguments.options());
+    printing::print(act(device), arguments.json, printer);
+    return kDone;
+}
+
 using Look = Value (Device::*)();
 
 int look(const Arguments& arguments, Look look, printing::Printer printer) {
     Device device(arguments.options());
     printing::print((device.*look)(), arguments.json, printer);
     return kDone;
+}
+
+// Adds the commands to the command line. Whichever is given sets `command`.
+class Commands {
+public:
+    Commands(Arguments& arguments, std::function<int()>& command)
+        : arguments_(arguments), command_(command) {}
+
+    void addTo(CLI::App& app) {
+        addUser(app);
+        addApp(*app.add_subcommand("app", "act on the app, which is started for it"));
+        addDevice(app);
+    }
+
+private:
+    CLI::App* add(CLI::App& parent, const char* name, const char* help, Act what,
+                  printing::Printer printer) {
+        CLI::App* added = parent.add_subcommand(name, help);
+        added->callback([this, what = std::move(what), printer] {
+            command_ = [this, what, printer] { return act(arguments_, what, printer); };
+        });
+        return added;
+    }
+    CLI::App* addStep(CLI::App& parent, const char* name, const char* help,
+                      std::function<Value()> step) {
+        return add(
+            parent, name, help,
+            [step = std::move(step)](Device& device) { return device.tellApp({step()}); },
+            printing::printAppState);
+    }
+    void addIdentifier(CLI::App* command) {
+        command->add_option("ID", arguments_.identifier, "the notification's identifier")
+            ->required();
+    }
+
+    void addUser(CLI::App& app);
+    void addApp(CLI::App& app);
+    void addAppPushes(CLI::App& app);
+    void addAppDecisions(CLI::App& app);
+    void addDevice(CLI::App& app);
+
+    Arguments& arguments_;
+    std::function<int()>& command_;
+};
+
+void Commands::addUser(CLI::App& app) {
+    addIdentifier(add(
+        app, "open", "the user opens a notification",
+        [this](Device& device) {
+            return device.respond(arguments_.identifier,
+                                  std::string(tavrolin::platform::kDefaultActionIdentifier), {});
+        },
+        printing::printAppState));
+    CLI::App* action = add(
+        app, "action", "the user presses an action of a notification's menu",
+        [this](Device& device) {
+            return device.respond(arguments_.identifier, arguments_.action, arguments_.reply);
+        },
+        printing::printAppState);
+    addIdentifier(action);
+    action->add_option("IDENTIFIER", arguments_.action, "the action's identifier")->required();
+    action->add_option("--reply", arguments_.reply, "the text that is typed into it");
+    addIdentifier(add(
+        app, "dismiss", "the user swipes a notification away",
+        [this](Device& device) { return device.dismiss(arguments_.identifier); },
+        printing::printRemoved));
+    add(
+        app, "clear", "the user removes all notifications",
+        [](Device& device) { return device.clear(); }, printing::printRemoved);
+}
+
+void Commands::addApp(CLI::App& app) {
+    using tavrolin::device::AppState;
+    using tavrolin::device::step;
+    namespace device = tavrolin::device;
+    app.require_subcommand(1);
+    const auto life = [&](const char* name, const char* help, std::vector<std::string_view> names,
+                          std::optional<AppState> state) {
+        add(
+            app, name, help,
+            [names = std::move(names), state](Device& target) {
+                std::vector<Value> steps;
+                for (const std::string_view each : names)
+                    steps.push_back(step(each));
+                return target.tellApp(std::move(steps), state);
+            },
+            printing::printAppState);
+    };
+    add(
+        app, "launch", "start the app",
+        [this](Device& target) {
+            const auto& file = arguments_.payloadFile;
+            return target.launchApp(file ? payloadIn(target, *file, arguments_) : Value());
+        },
+        printing::printAppState)
+        ->add_option("--payload", arguments_.payloadFile,
+                     "the push among the launch options, a JSON file");
+    life("foreground", "bring it to the front",
+         {device::kStepWillEnterForeground, device::kStepDidBecomeActive}, AppState::foreground);
+    life("background", "leave it", {device::kStepDidEnterBackground}, AppState::background);
+    life("activate", "it becomes active", {device::kStepDidBecomeActive}, AppState::foreground);
+    life("terminate", "end it", {device::kStepWillTerminate}, AppState::stopped);
+    addAppPushes(app);
+    addAppDecisions(app);
+}
+
+void Commands::addAppPushes(CLI::App& app) {
+    using tavrolin::device::step;
+    namespace device = tavrolin::device;
+    const auto takeFile = [this](CLI::App* command) {
+        command->add_option("FILE", arguments_.file, "a JSON file, or - for standard input")
+            ->required();
+        command->add_flag("--no-limit", arguments_.noLimit,
+                          "take payloads of more than 4,096 bytes");
+    };
+    takeFile(add(
+        app, "silent", "a silent push reaches it",
+        [this](Device& target) {
+            return target.silentPush(payloadIn(target, arguments_.file, arguments_));
+        },
+        printing::printFetchResult));
+    takeFile(add(
+        app, "present", "a push arrives while it is in the foreground",
+        [this](Device& target) {
+            return target.present(payloadIn(target, arguments_.file, arguments_));
+        },
+        printing::printDelivery));
+    CLI::App* fetch = add(
+        app, "fetch", "campaigns from the core SDK's silent fetch",
+        [this](Device& target) {
+            Value order = step(device::kStepFetch);
+            order.set("normal", orEmpty(payloadsIn(target, arguments_.normalFile)));
+            order.set("scheduled", orEmpty(payloadsIn(target, arguments_.scheduledFile)));
+            return target.tellApp({order});
+        },
+        printing::printAppState);
+    fetch->add_option("--normal", arguments_.normalFile, "normal campaigns: an array of payloads");
+    fetch->add_option("--scheduled", arguments_.scheduledFile,
+                      "scheduled campaigns: an array of payloads");
+}
+
+void Commands::addAppDecisions(CLI::App& app) {
+    using tavrolin::device::step;
+    namespace device = tavrolin::device;
+    addStep(app, "token", "the system gives it a device token",
+            [this] {
+                Value order = step(device::kStepToken);
+                order.set("token", bytesOfHex(arguments_.text));
+                return order;
+            })
+        ->add_option("HEX", arguments_.text, "the token's bytes in hexadecimal")
+        ->required()
+        ->check(hexadecimal);
+    addStep(app, "token-error", "the system can't give it a token",
+            [this] {
+                Value order = step(device::kStepTokenError);
+                order.set("message", arguments_.text);
+                return order;
+            })
+        ->add_option("MESSAGE", arguments_.text, "why")
+        ->required();
+    static const std::map<std::string, std::int64_t> kStatuses = {
+        {"reset", 0}, {"deny", 1}, {"grant", 2}, {"provisional", 3}, {"ephemeral", 4}};
+    add(
+        app, "permission", "the user decides in the system's settings",
+        [this](Device& target) { return target.setPermission(kStatuses.at(arguments_.text)); },
+        printing::printDictionary)
+        ->add_option("DECISION", arguments_.text, "grant, deny, provisional, ephemeral or reset")
+        ->required()
+        ->check(CLI::IsMember(kStatuses));
+    addStep(app, "request-permission", "it asks the user for permission",
+            [] { return step(device::kStepRequestPermission); });
+    for (const bool optsIn : {true, false}) {
+        addStep(app, optsIn ? "opt-in" : "opt-out",
+                optsIn ? "the user opts in" : "the user opts out", [optsIn] {
+                    Value order = step(device::kStepOptIn);
+                    order.set("value", optsIn);
+                    return order;
+                });
+    }
+    add(
+        app, "badge", "set the badge to the library's count",
+        [](Device& target) { return target.badge(); }, printing::printBadge);
+    addStep(app, "register-categories", "register the notification categories",
+            [] { return step(device::kStepRegisterCategories); });
+    addStep(app, "double-opt-in", "start the double opt-in", [this] {
+        Value order = step(device::kStepDoubleOptIn);
+        order.set("instant", arguments_.instant);
+        return order;
+    })->add_flag("--instant", arguments_.instant, "at once, without arming it");
+    addStep(app, "reset-double-opt-in", "reset the double opt-in",
+            [] { return step(device::kStepResetDoubleOptIn); });
+}
+
+void Commands::addDevice(CLI::App& app) {
+    namespace device = tavrolin::device;
+    add(
+        app, "advance", "let time pass, and fire what falls due",
+        [this](Device& target) { return target.advance(*secondsOf(arguments_.text)); },
+        printing::printTime)
+        ->add_option("DURATION", arguments_.text, "such as 30s, 5m, 2h or 31d")
+        ->required()
+        ->check([](const std::string& text) {
+            return std::string(secondsOf(text) ? "" : "no duration such as 30s, 5m, 2h or 31d");
+        });
+    static const std::map<std::string, std::string_view> kAnswers = {
+        {"token-needed", device::kSettingTokenNeeded},
+        {"permission-needed", device::kSettingPermissionNeeded},
+        {"attribution-needed", device::kSettingAttributionNeeded},
+        {"user-identity", ""}};
+    CLI::App* core = add(
+        app, "core", "set what the stand-in core SDK answers",
+        [this](Device& target) {
+            const std::string_view setting = kAnswers.at(arguments_.key);
+            return setting.empty() ? target.setUserIdentity(arguments_.text)
+                                   : target.setCoreAnswer(setting, arguments_.text == "true");
+        },
+        printing::printDictionary);
+    core->add_option("KEY", arguments_.key,
+                     "token-needed, permission-needed, attribution-needed or user-identity")
+        ->required()
+        ->check(CLI::IsMember(kAnswers));
+    core->add_option("VALUE", arguments_.text, "true or false; of user-identity, a text")
+        ->required();
+    core->final_callback([this] {
+        if (!kAnswers.at(arguments_.key).empty() && arguments_.text != "true" &&
+            arguments_.text != "false") {
+            throw CLI::ValidationError("VALUE", "must be true or false");
+        }
+    });
 }
 
 int run(int argc, char** argv) {
@@ -204,6 +512,10 @@ int run(int argc, char** argv) {
         return added;
     };
     addLook("tray", "what lies on the tray, oldest first", &Device::tray, printing::printTray);
+    addLook("pending", "the local requests that wait, soonest first", &Device::pending,
+            printing::printPending);
+    addLook("categories", "the registered categories and their actions", &Device::categories,
+            printing::printCategories);
     addLook("store", "the library's stored notifications", &Device::store, printing::printStore);
     addLook("preferences", "what the app group's preferences hold", &Device::preferences,
             printing::printDictionary);
@@ -217,6 +529,7 @@ int run(int argc, char** argv) {
                                      : look(arguments, &Device::events, printing::printEvents);
         };
     });
+    Commands(arguments, command).addTo(app);
     app.add_subcommand("reset", "empty the device")->callback([&] {
         command = [&] {
             Device::reset(arguments.options().folder);
@@ -254,6 +567,9 @@ int main(int argc, char** argv) {
     umask(0077);
     if (argc == 2 && std::strcmp(argv[1], tavrolin::device::kServiceExtensionProcess) == 0) {
         return tavrolin::device::runServiceExtensionProcess(3);
+    }
+    if (argc == 2 && std::strcmp(argv[1], tavrolin::device::kAppProcess) == 0) {
+        return tavrolin::device::runAppProcess(3);
     }
     try {
         return run(argc, argv);

@@ -189,6 +189,30 @@ void printTray(const Value& result) {
                "The tray is empty.");
 }
 
+void printPending(const Value& result) {
+    std::vector<Row> rows;
+    for (const Value& entry : result.items()) {
+        const Value& content = entry["content"];
+        rows.push_back({shown(entry["fireAt"]), shown(content["title"]), shown(content["body"]),
+                        shown(entry["identifier"])});
+    }
+    printTable({"fires", "title", "body", "identifier"}, std::move(rows), "Nothing is pending.");
+}
+
+void printCategories(const Value& result) {
+    std::vector<Row> rows;
+    for (const Value& category : result.items()) {
+        for (const Value& action : category["actions"].items()) {
+            rows.push_back(
+                {shown(category["identifier"]), shown(action["identifier"]), shown(action["title"]),
+                 shown(action["options"]),
+                 action["textInput"].isNull() ? "-" : shown(action["textInput"]["placeholder"])});
+        }
+    }
+    printTable({"category", "action", "title", "options", "text input"}, std::move(rows),
+               "No categories are registered (`tavrolin app register-categories` does).");
+}
+
 void printStore(const Value& result) {
     std::vector<Row> rows;
     for (const Value& record : result.items()) {
@@ -217,6 +241,39 @@ void printDictionary(const Value& result) {
     for (const auto& [key, value] : result.entries())
         rows.push_back({shown(key), shown(value)});
     printTable({"name", "value"}, std::move(rows), "There is nothing.");
+}
+
+void printAppState(const Value& result) {
+    const std::string_view state = result["app"].string();
+    write(state == "stopped" ? "The app is stopped.\n"
+                             : "The app is in the " + std::string(state) + ".\n");
+}
+
+void printRemoved(const Value& result) {
+    write("Removed " + counted(result["removed"].count(), "notification") + ".\n");
+}
+
+void printFetchResult(const Value& result) {
+    const Value& answer = result["fetchResult"];
+    if (answer.isNull()) {
+        write("The app did not answer.\n");
+        return;
+    }
+    const std::int64_t number = answer.integerValue();
+    write("The app answered " + shown(answer) +
+          (number == 0   ? ": something new.\n"
+           : number == 1 ? ": nothing for it.\n"
+                         : ": nothing was scheduled.\n"));
+}
+
+void printBadge(const Value& result) {
+    write("The badge shows " + shown(result["badge"]) + ".\n");
+}
+
+void printTime(const Value& result) {
+    write("It is " + shown(result["now"]) + ".\n");
+    for (const Value& identifier : result["fired"].items())
+        printField("fired", shown(identifier));
 }
 
 }  // namespace tavrolin::apps

@@ -15,8 +15,15 @@ void printLine(const foundation::Value& result);
 
 void printDelivery(const foundation::Value& result);
 void printTray(const foundation::Value& result);
+void printPending(const foundation::Value& result);
+void printCategories(const foundation::Value& result);
 void printStore(const foundation::Value& result);
 void printEvents(const foundation::Value& result);
 void printDictionary(const foundation::Value& result);
+void printAppState(const foundation::Value& result);
+void printRemoved(const foundation::Value& result);
+void printFetchResult(const foundation::Value& result);
+void printBadge(const foundation::Value& result);
+void printTime(const foundation::Value& result);
 
 }  // namespace tavrolin::apps

@@ -8,7 +8,6 @@
 namespace tavrolin::tests {
 namespace {
 
-using device::DeviceFolder;
 using device::ExtensionResult;
 using foundation::Value;
 
@@ -22,7 +21,6 @@ std::string extensionProgram(const TestDevice& device, std::string_view script) 
 
 TEST(ExtensionLauncher, TakesDeathAndNonsenseAsACrash) {
     const TestDevice device;
-    const DeviceFolder folder(device.folder());
     platform::NotificationRequest request;
     request.content.userInfo = Value::dictionary();
     for (const char* script : {
@@ -36,13 +34,14 @@ TEST(ExtensionLauncher, TakesDeathAndNonsenseAsACrash) {
              // A well-formed message, {"content": 1}, that makes no sense.
              "printf '\\012\\000\\000\\000\\241\\147content\\001' >&3; exec sleep 100",
          }) {
-        device::ExtensionRun run;
-        run.executable = extensionProgram(device, script);
-        run.start = {1000};
-        const ExtensionResult result = device::runServiceExtension(folder, request, run);
+        device::ProcessStart start;
+        start.executable = extensionProgram(device, script);
+        start.folder = device.folder();
+        start.start = {1000};
+        const ExtensionResult result = device::runServiceExtension(start, request);
         EXPECT_EQ(result.outcome, ExtensionResult::Outcome::crashed) << script;
         EXPECT_FALSE(result.content) << script;
-        EXPECT_EQ(result.handedBackAt, run.start) << script;
+        EXPECT_EQ(result.handedBackAt, start.start) << script;
     }
 }
 

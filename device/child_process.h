@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tavrolin/foundation/date.h"
+#include "tavrolin/foundation/value.h"
+
+namespace tavrolin::device {
+
+class Channel;
+
+enum class TimeMode { real, jump };
+
+/// What every process of the device is started with.
+struct ProcessStart {
+    std::string executable;  // the program that can be started as such a process
+    std::string folder;      // the device's
+    TimeMode time = TimeMode::real;
+    foundation::Date start;
+    int logLevel = 4;
+    std::string run;  // names the run's temporary folder, which is the caller's to remove
+};
+
+/// How a process ended.
+struct ProcessEnd {
+    bool isProper = false;  // it said that all its work was done
+    foundation::Date at;    // when it ended, as far as it could say
+    std::optional<std::int64_t> peakRSSKiB;
+};
+
+/// Starts the program as a process of this kind, hands it the message, and listens until its end.
+/// `take` gets whatever it says of its own; raising `foundation::Exception` there means that it
+/// talks nonsense. Its death, its silence (10 seconds without a sign of life), standing still (35
+/// seconds without any work) and nonsense all end it, and are no proper end. Throws DeviceError
+/// only when no process can be started.
+ProcessEnd runProcess(const ProcessStart& start, const char* kind, foundation::Value message,
+                      const std::function<void(const foundation::Value&)>& take);
+
+}  // namespace tavrolin::device

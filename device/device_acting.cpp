@@ -1,0 +1,188 @@
+// What the user, the push service and the platform do with the device.
+
+#include <algorithm>
+#include <utility>
+
+#include "device/app_process.h"
+#include "device/content_values.h"
+#include "device/core_sdk.h"
+#include "device/device.h"
+#include "device/device_error.h"
+#include "device/process_platform.h"
+#include "device/system_notification_center.h"
+#include "tavrolin/core/logger.h"
+#include "tavrolin/core/preference_keys.h"
+#include "tavrolin/core/push_preferences.h"
+#include "tavrolin/payload/notification_parser.h"
+
+namespace tavrolin::device {
+
+using foundation::Date;
+using foundation::Value;
+
+ProcessStart Device::processStart() const {
+    return {.executable = options_.executable,
+            .folder = folder_.root(),
+            .time = options_.time,
+            .start = {},
+            .logLevel = options_.logLevel,
+            .run = {}};
+}
+
+// --- The user ---------------------------------------------------------------------------------
+
+Value Device::respond(const std::string& identifier, const std::string& actionIdentifier,
+                      const std::optional<std::string>& userText) {
+    SystemState& state = platform_->systemState();
+    if (!state.queueResponse(identifier, actionIdentifier, userText)) {
+        throw DeviceError("there is no notification " + identifier +
+                          " on the tray (`tavrolin tray` shows what is)");
+    }
+    const AppRun run = runApp({.comesForward = true});
+    return Value::dictionary({{"app", name(run.state)}});
+}
+
+Value Device::removed(const std::vector<TrayEntry>& entries) {
+    Value identifiers = Value::array();
+    for (const TrayEntry& entry : entries) {
+        storage_.remove(readJSON(entry.content));
+        identifiers.append(entry.identifier);
+    }
+    return Value::dictionary({{"removed", identifiers}});
+}
+
+Value Device::dismiss(const std::string& identifier) {
+    const auto entries = platform_->systemState().removeFromTray({identifier});
+    if (entries.empty()) {
+        throw DeviceError("there is no notification " + identifier +
+                          " on the tray (`tavrolin tray` shows what is)");
+    }
+    return removed(entries);
+}
+
+Value Device::clear() {
+    return removed(platform_->systemState().clearTray());
+}
+
+// --- The app ----------------------------------------------------------------------------------
+
+AppRun Device::runAppAlone(AppOrder order) {
+    SystemState& state = platform_->systemState();
+    const std::vector<QueuedResponse> queued = state.responses();
+    // The files of a notification that the app took are needed no longer: what the app shows again
+    // has taken them over.
+    const auto removeFiles = [&] {
+        if (queued.empty()) return;
+        const std::vector<QueuedResponse> left = state.responses();
+        for (const QueuedResponse& each : queued) {
+            const bool isLeft = std::any_of(left.begin(), left.end(), [&](const auto& other) {
+                return other.number == each.number;
+            });
+            if (!isLeft) storage_.remove(readJSON(each.notification.content));
+        }
+    };
+    try {
+        AppRun run = AppLauncher(folder_, clock_, state, processStart()).run(std::move(order));
+        removeFiles();
+        return run;
+    } catch (const DeviceError&) {
+        removeFiles();
+        throw;
+    }
+}
+
+AppRun Device::runApp(AppOrder order) {
+    AppRun run = runAppAlone(std::move(order));
+    fireUntil(clock_.now());
+    return run;
+}
+
+Value Device::launchApp(const Value& payload) {
+    const AppState before = appStateOf(platform_->systemState());
+    if (before != AppState::stopped) return Value::dictionary({{"app", name(before)}});
+    Value options = Value::dictionary();
+    if (payload) options.set(UIApplicationLaunchOptionsRemoteNotificationKey, payload);
+    const AppRun run = runApp({.comesForward = true, .launchOptions = options});
+    return Value::dictionary({{"app", name(run.state)}});
+}
+
+Value Device::tellApp(std::vector<Value> steps, std::optional<AppState> target) {
+    const AppRun run = runApp({.steps = std::move(steps), .target = target});
+    return Value::dictionary({{"app", name(run.state)}});
+}
+
+Value Device::silentPush(const Value& payload) {
+    Value push = step(kStepSilent);
+    push.set("payload", payload);
+    const AppRun run = runApp({.steps = {push}});
+    const Value& result = run.answers[kAnswerFetchResult];
+    return Value::dictionary({{"fetchResult", result.isNil() ? Value::null() : result}});
+}
+
+Value Device::present(const Value& payload) {
+    if (appStateOf(platform_->systemState()) != AppState::foreground) {
+        runApp({.comesForward = true});
+    }
+    return deliver(payload, std::nullopt);
+}
+
+Value Device::badge() {
+    const AppRun run = runApp({.steps = {step(kStepBadge)}});
+    const Value& count = run.answers[kAnswerBadge];
+    platform_->systemState().setSetting(kSettingBadge, std::to_string(count.integerValue()));
+    return Value::dictionary({{"badge", count}});
+}
+
+Value Device::setPermission(platform::AuthorizationStatus status) {
+    platform_->systemState().setSetting(kSettingPermission, std::to_string(status));
+    return Value::dictionary({{"permission", status}});
+}
+
+Value Device::setCoreAnswer(std::string_view setting, bool value) {
+    platform_->systemState().setSetting(setting, value ? "true" : "false");
+    return Value::dictionary({{setting.substr(setting.find('.') + 1), value}});
+}
+
+// The core SDK keeps the identity where the library finds it: in the app group's preferences.
+Value Device::setUserIdentity(const std::string& identity) {
+    CVNPushPreferences& preferences = CVNPushPreferences::sharedInstance();
+    preferences.setSuitName(platform_->appGroup());
+    preferences.putString(identity, kPrefUserIdentity);
+    return Value::dictionary({{"user-identity", identity}});
+}
+
+// --- Time -------------------------------------------------------------------------------------
+
+Value Device::advance(double seconds) {
+    const Date target{clock_.now().secondsSince1970 + seconds};
+    const Value fired = fireUntil(target);
+    clock_.reach(target);
+    return Value::dictionary({{"now", dateText(clock_.now())}, {"fired", fired}});
+}
+
+Value Device::fireUntil(Date date) {
+    Value identifiers = Value::array();
+    while (const auto fired = platform_->systemState().fireNext(date)) {
+        clock_.reach(fired->entry.deliveredAt);
+        identifiers.append(fired->entry.identifier);
+        if (fired->replaced) storage_.remove(readJSON(fired->replaced->content));
+        presentIfInForeground(fired->entry);
+    }
+    return identifiers;
+}
+
+void Device::presentIfInForeground(const TrayEntry& entry) {
+    if (appStateOf(platform_->systemState()) != AppState::foreground) return;
+    Value presentation = step(kStepPresent);
+    presentation.set("identifier", entry.identifier);
+    presentation.set("content", readJSON(entry.content));
+    presentation.set("date", entry.deliveredAt);
+    try {
+        runAppAlone({.steps = {presentation}});
+    } catch (const DeviceError& error) {
+        // It lies on the tray all the same.
+        log(LogLevel::error, "-[Device presentIfInForeground:]", error.what());
+    }
+}
+
+}  // namespace tavrolin::device

@@ -1,0 +1,29 @@
+#include "device/file_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "device/device_error.h"
+
+namespace tavrolin::device {
+
+FileLock::FileLock(const std::string& path)
+    : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+    int result = descriptor_ < 0 ? -1 : flock(descriptor_, LOCK_EX);
+    while (descriptor_ >= 0 && result != 0 && errno == EINTR)
+        result = flock(descriptor_, LOCK_EX);
+    if (result == 0) return;
+    const int error = errno;
+    if (descriptor_ >= 0) close(descriptor_);
+    throw DeviceError("can't lock " + path + ": " + std::generic_category().message(error));
+}
+
+FileLock::~FileLock() {
+    close(descriptor_);
+}
+
+}  // namespace tavrolin::device
