@@ -460,7 +460,7 @@ void Commands::addDevice(CLI::App& app) {
         ->check(CLI::IsMember(kAnswers));
     core->add_option("VALUE", arguments_.text, "true or false; of user-identity, a text")
         ->required();
-    core->final_callback([this] {
+    core->parse_complete_callback([this] {
         if (!kAnswers.at(arguments_.key).empty() && arguments_.text != "true" &&
             arguments_.text != "false") {
             throw CLI::ValidationError("VALUE", "must be true or false");
