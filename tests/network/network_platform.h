@@ -43,6 +43,7 @@ struct NetworkPlatform {
         ports.imageDecoder = untouched<platform::ImageDecoder>();
         ports.json = &json;
         ports.logSink = &log;
+        ports.pasteboard = untouched<platform::Pasteboard>();
         ports.preferences = untouched<platform::PreferencesSuites>();
         ports.recordStores = untouched<platform::RecordStores>();
         ports.urlSession = &session;
