@@ -36,6 +36,7 @@ Value tridOf(const Helper::Payload& payload) {
 // payload, so it must not be handed everything that was ever stored.
 Value storedTrids(const std::vector<Helper::Payload>& payloads, const Service::Context& context) {
     std::vector<Value> trids;
+    trids.reserve(payloads.size());
     std::unordered_set<std::string_view> offered;
     for (const Helper::Payload& payload : payloads)
         trids.push_back(tridOf(payload));

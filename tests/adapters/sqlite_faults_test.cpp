@@ -184,6 +184,34 @@ TEST_F(SQLiteFaultsTest, AddsWhatTheModelHasAndTheFileLacks) {
     EXPECT_EQ(*(*old)->count(all), 2);
 }
 
+TEST_F(SQLiteFaultsTest, HasTheIndexesOfTheModelAndNoOlderOnes) {
+    const auto model = [](bool isIndexed, std::vector<std::vector<std::string>> together) {
+        return platform::ManagedObjectModel{
+            {{"Note",
+              {{"title", platform::AttributeType::string, isIndexed, {}},
+               {"isRead", platform::AttributeType::boolean, isIndexed, {}}},
+              nullptr,
+              std::move(together)}}};
+    };
+    const auto indexes = [&] {
+        sqlite3* file = nullptr;
+        std::string names;
+        EXPECT_EQ(sqlite3_open(path_.c_str(), &file), SQLITE_OK);
+        const auto append = [](void* to, int, char** columns, char**) {
+            static_cast<std::string*>(to)->append(columns[0]).append(" ");
+            return 0;
+        };
+        sqlite3_exec(file, "SELECT name FROM sqlite_schema WHERE type = 'index' ORDER BY name",
+                     append, &names, nullptr);
+        sqlite3_close(file);
+        return names;
+    };
+    ASSERT_TRUE(open(model(true, {})));
+    EXPECT_EQ(indexes(), "Note_isRead Note_title ");
+    ASSERT_TRUE(open(model(false, {{"isRead", "title"}})));
+    EXPECT_EQ(indexes(), "Note_isRead_title ");
+}
+
 TEST_F(SQLiteFaultsTest, KeepsWhatWasCommittedWhenTheProcessIsKilled) {
     constexpr int kSaved = 20;
     const int status = inChild([&] {
