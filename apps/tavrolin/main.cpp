@@ -425,7 +425,7 @@ void Commands::addAppDecisions(CLI::App& app) {
         Value order = step(device::kStepDoubleOptIn);
         order.set("instant", arguments_.instant);
         return order;
-    })->add_flag("--instant", arguments_.instant, "at once, without arming it");
+    })->add_flag("--instant", arguments_.instant, "at once, also when it was started before");
     addStep(app, "reset-double-opt-in", "reset the double opt-in",
             [] { return step(device::kStepResetDoubleOptIn); });
 }

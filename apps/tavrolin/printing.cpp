@@ -125,6 +125,14 @@ std::string counted(std::size_t count, const std::string& thing) {
     return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
 }
 
+std::string answerText(const Value& fetchResult) {
+    if (fetchResult.isNull()) return "nothing";
+    const std::int64_t number = fetchResult.integerValue();
+    return shown(fetchResult) + (number == 0   ? " (something new)"
+                                 : number == 1 ? " (nothing for it)"
+                                               : " (nothing was scheduled)");
+}
+
 void printContent(const Value& content) {
     for (const char* key : {"title", "subtitle", "body", "categoryIdentifier", "sound"}) {
         if (!content[key].isNull()) {
@@ -170,6 +178,7 @@ void printDelivery(const Value& result) {
     if (result["content"].isDictionary()) printContent(result["content"]);
     for (const Value& replaced : result["replaced"].items())
         printField("replaced", shown(replaced));
+    if (outcome == "silent") printField("answered", answerText(result["fetchResult"]));
     printField("seconds", shown(result["seconds"]));
     if (!result["peakRssKiB"].isNull()) {
         printField("memory",
@@ -254,16 +263,7 @@ void printRemoved(const Value& result) {
 }
 
 void printFetchResult(const Value& result) {
-    const Value& answer = result["fetchResult"];
-    if (answer.isNull()) {
-        write("The app did not answer.\n");
-        return;
-    }
-    const std::int64_t number = answer.integerValue();
-    write("The app answered " + shown(answer) +
-          (number == 0   ? ": something new.\n"
-           : number == 1 ? ": nothing for it.\n"
-                         : ": nothing was scheduled.\n"));
+    write("The app answered " + answerText(result["fetchResult"]) + ".\n");
 }
 
 void printBadge(const Value& result) {
