@@ -30,7 +30,6 @@ namespace fs = std::filesystem;
 
 using foundation::Date;
 using foundation::Value;
-using platform::NotificationContent;
 using platform::NotificationRequest;
 
 namespace {

@@ -24,6 +24,7 @@ std::vector<NotificationRequest> MemoryNotificationCenter::pending() {
     const std::lock_guard lock(mutex_);
     fireDue();
     std::vector<NotificationRequest> requests;
+    requests.reserve(pending_.size());
     for (const Pending& each : pending_)
         requests.push_back(each.request);
     return requests;
@@ -124,6 +125,7 @@ void MemoryNotificationCenter::getPendingNotificationIdentifiers(
     const std::lock_guard lock(mutex_);
     fireDue();
     std::vector<std::string> identifiers;
+    identifiers.reserve(pending_.size());
     for (const Pending& each : pending_)
         identifiers.push_back(each.request.identifier);
     dispatch_.asyncGlobal(QueuePriority::normal,
