@@ -29,7 +29,7 @@ public:
         std::function<void(std::vector<Payload> filtered)> withCompletionHandler);
     /// Schedules a silent push. The completion gets 1 for a push that is not this system's, 2 when
     /// nothing was left to schedule or that failed, else 0; it is not called when the scheduler
-    /// drops the request.
+    /// drops the request, nor for a push with a collapse key.
     static void scheduleNotification(
         const foundation::Value& payload,
         std::function<void(platform::BackgroundFetchResult)> withCompletionHandler);
