@@ -6,10 +6,6 @@
 #include <sqlite3.h>
 #include <stdlib.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -17,6 +13,8 @@
 
 #include "adapters/memory/memory_platform.h"
 #include "adapters/sqlite/sqlite_record_stores.h"
+#include "benchmarks/filled_store.h"
+#include "benchmarks/ratios.h"
 #include "tavrolin/payload/value_transformer.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/store/core_data_controller.h"
@@ -24,76 +22,16 @@
 
 namespace {
 
-using tavrolin::CorvalenPushNotificationEvent;
+using namespace tavrolin::benchmarks;
 using tavrolin::CVNNotificationPayloadModel;
 using tavrolin::CVNNotificationPayloadModelValueTransformer;
-using tavrolin::CVNPayload;
 using tavrolin::CVNPushNotificationPersistenceService;
 using tavrolin::foundation::Ref;
 using tavrolin::foundation::Value;
-using tavrolin::platform::ManagedObjectModel;
-using tavrolin::platform::RecordStore;
 using tavrolin::platform::StoreDescription;
 
 constexpr int kFew = 1'000;
 constexpr int kMany = 100'000;
-
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "store benchmark: %s\n", what.c_str());
-    std::exit(1);
-}
-
-// As random as the identifiers of real campaigns, and the same in each run.
-std::string trid(std::uint64_t number) {
-    std::uint64_t x = (number + 1) * 0x9e3779b97f4a7c15ULL;
-    x = (x ^ (x >> 30U)) * 0xbf58476d1ce4e5b9ULL;
-    x ^= x >> 27U;
-    char text[48];
-    std::snprintf(text, sizeof text, "%016llx-%08llu-campaign", static_cast<unsigned long long>(x),
-                  static_cast<unsigned long long>(number));
-    return text;
-}
-
-Ref<CVNNotificationPayloadModel> payload(const std::string& id) {
-    auto model = std::make_shared<CVNNotificationPayloadModel>();
-    model->source = "Corvalen";
-    model->cvnPayload = std::make_shared<CVNPayload>();
-    model->cvnPayload->trid = id;
-    model->cvnPayload->collapseKey = "offers";
-    model->cvnPayload->publishedDate = "2024-01-01T00:00:00";
-    model->cvnPayload->body = std::string(2'500, 'b');  // an archive of some 2.7 KB
-    return model;
-}
-
-ManagedObjectModel& model() {
-    static ManagedObjectModel instance{{CorvalenPushNotificationEvent::entityDescription()}};
-    return instance;
-}
-
-std::vector<Value> row(const std::string& id) {
-    const Value archive =
-        CVNNotificationPayloadModelValueTransformer::transformedValue(*payload(id));
-    const tavrolin::foundation::Date now{1'704'067'200};
-    return {id,    "APNS", "normal", archive,     now, false,   false,
-            false, {},     {},       "delivered", now, "offers"};
-}
-
-// A file that was filled and never added to: each contender gets a copy.
-std::string filledFile(const std::string& folder, int records) {
-    const std::string path = folder + "/filled-" + std::to_string(records) + ".sqlite";
-    StoreDescription description;
-    description.url = tavrolin::foundation::URL::fileURLWithPath(path);
-    auto store = tavrolin::adapters::sqlite::SQLiteRecordStores().open(model(), description);
-    if (!store) fail(store.error().description());
-    if ((*store)->begin()) fail("begin");
-    for (int i = 0; i < records; ++i) {
-        if (!(*store)->insert(model().entities.front(), row(trid(static_cast<std::uint64_t>(i))))) {
-            fail("insert");
-        }
-    }
-    if ((*store)->commit()) fail("commit");
-    return path;
-}
 
 // Identifiers beyond those that the files were filled with.
 class Identifiers {
@@ -104,12 +42,19 @@ private:
     std::uint64_t count_ = 0;
 };
 
+// A file that was filled and never added to: each contender gets a copy.
+std::string filledFile(const std::string& folder, int records) {
+    const std::string path = folder + "/filled-" + std::to_string(records) + ".sqlite";
+    fillStore(path, records, [](std::uint64_t i) { return row(trid(i)); });
+    return path;
+}
+
 class Store {
 public:
     Store(const std::string& filled, const std::string& path) {
         std::filesystem::copy_file(filled, path);
         container_ = std::make_unique<tavrolin::platform::PersistentContainer>(
-            "store", model(), *tavrolin::platform::current().recordStores,
+            "store", storeModel(), *tavrolin::platform::current().recordStores,
             *tavrolin::platform::current().dispatch);
         StoreDescription description;
         description.url = tavrolin::foundation::URL::fileURLWithPath(path);
@@ -216,38 +161,14 @@ struct Contenders {
 
 Contenders* contenders = nullptr;
 
-template <class Operation>
-double microsecondsOf(int count, const Operation& operation) {
-    const auto begin = std::chrono::steady_clock::now();
-    for (int i = 0; i < count; ++i)
-        operation();
-    const std::chrono::duration<double, std::micro> passed =
-        std::chrono::steady_clock::now() - begin;
-    return passed.count() / count;
-}
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-// In turns, so that whatever else the machine does falls on all of them; a turn is as long as it
-// takes to come to a checkpoint of the log, about.
 void printRatios() {
     constexpr int kTurns = 15;
-    constexpr int kAdds = 100;
-    std::vector<double> toBare;
-    std::vector<double> toFew;
-    for (int turn = 0; turn < kTurns; ++turn) {
-        const double bare = microsecondsOf(kAdds, [] { contenders->bare.add(); });
-        const double many = microsecondsOf(kAdds, [] { contenders->many.add(); });
-        const double few = microsecondsOf(kAdds, [] { contenders->few.add(); });
-        toBare.push_back(many / bare);
-        toFew.push_back(many / few);
-    }
-    std::printf("ratio store-add-to-bare %.2f (goal <= 1.30)\n", median(toBare));
-    std::printf("ratio store-add-100000-to-1000 %.2f (goal <= 1.20)\n", median(toFew));
+    constexpr int kAdds = 100;  // about as many as it takes to come to a checkpoint of the log
+    const auto times = timesInTurns(TimeOf::real, kTurns, kAdds,
+                                    {[] { contenders->bare.add(); }, [] { contenders->many.add(); },
+                                     [] { contenders->few.add(); }});
+    printRatio("store-add-to-bare", medianRatio(times[1], times[0]), 1.3);
+    printRatio("store-add-100000-to-1000", medianRatio(times[1], times[2]), 1.2);
 }
 
 void addAtFew(benchmark::State& state) {

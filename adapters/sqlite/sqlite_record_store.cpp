@@ -170,14 +170,18 @@ Expected<Statement> SQLiteRecordStore::prepare(std::string sql, const std::vecto
 Expected<std::vector<Record>> SQLiteRecordStore::fetch(const FetchRequest& request) {
     const EntityDescription& entity = platform::checkedEntity(model_, request);
     const Condition condition = conditionOf(entity, request);
-    auto statement = prepare(textsOf(entity).select, {}, condition,
-                             " ORDER BY " + sortingOf(request) + std::string(kIDColumn));
+    const bool isSorted = request.sortDescriptor.has_value();
+    const std::string ending =
+        isSorted ? " ORDER BY " + sortingOf(request) + std::string(kIDColumn) : std::string();
+    auto statement = prepare(textsOf(entity).select, {}, condition, ending);
     if (!statement) return statement.error();
     std::vector<Record> records;
     while (statement->step()) {
         records.push_back(readRecord(*statement, entity));
     }
     if (Failure failure = connection_->failure()) return *failure;
+    // SQLite would copy whole rows to sort them.
+    if (!isSorted) std::ranges::sort(records, {}, &Record::id);
     return records;
 }
 
