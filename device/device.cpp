@@ -147,7 +147,7 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
     const Value& aps = apsOf(payload);
     const bool hasAlert = !aps[kPNAlert].isNil() && !aps[kPNAlert].isNull();
     if (isOne(aps[kPNContentAvailable]) && !hasAlert) {
-        return deliverSilently(request, isRecognised);
+        return deliverSilently(request);
     }
     if (isOne(aps[kPNMutableContent])) {
         return deliverThroughExtension(std::move(request), isRecognised);
@@ -165,7 +165,7 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
                               {"peakRssKiB", Value::null()}});
 }
 
-Value Device::deliverSilently(const NotificationRequest& request, bool isRecognised) {
+Value Device::deliverSilently(const NotificationRequest& request) {
     Value push = step(kStepSilent);
     push.set("payload", request.content.userInfo);
     const AppRun run = runApp({.steps = {push}});
@@ -174,9 +174,10 @@ Value Device::deliverSilently(const NotificationRequest& request, bool isRecogni
     const Date end = fetchedAt.kind() == Value::Kind::date ? fetchedAt.date() : run.end;
     return Value::dictionary(
         {{"identifier", request.identifier},
-         {"recognised", isRecognised},
+         {"recognised",
+          CVNNotificationParser::isNotificationFromCorvalen(request.content.userInfo)},
          {"outcome", "silent"},
-         {"fetchResult", result.isNil() ? Value::null() : result},
+         {kAnswerFetchResult, result.isNil() ? Value::null() : result},
          {"replaced", Value::array()},
          {"seconds", rounded(foundation::secondsBetween(run.start, end))},
          {"peakRssKiB", run.peakRSSKiB ? Value(*run.peakRSSKiB) : Value::null()}});

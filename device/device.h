@@ -90,8 +90,7 @@ public:
 
 private:
     ProcessStart processStart() const;
-    foundation::Value deliverSilently(const platform::NotificationRequest& request,
-                                      bool isRecognised);
+    foundation::Value deliverSilently(const platform::NotificationRequest& request);
     foundation::Value deliverThroughExtension(platform::NotificationRequest request,
                                               bool isRecognised);
     /// Puts the request on the tray, and before the app when that is in the foreground.

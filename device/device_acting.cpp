@@ -112,11 +112,8 @@ Value Device::tellApp(std::vector<Value> steps, std::optional<AppState> target) 
 }
 
 Value Device::silentPush(const Value& payload) {
-    Value push = step(kStepSilent);
-    push.set("payload", payload);
-    const AppRun run = runApp({.steps = {push}});
-    const Value& result = run.answers[kAnswerFetchResult];
-    return Value::dictionary({{"fetchResult", result.isNil() ? Value::null() : result}});
+    const Value delivery = deliverSilently({randomIdentifier(), contentOfPush(payload)});
+    return Value::dictionary({{kAnswerFetchResult, delivery[kAnswerFetchResult]}});
 }
 
 Value Device::present(const Value& payload) {
