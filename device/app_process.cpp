@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -91,15 +92,25 @@ private:
     void takeResponses(const Value& /*step*/) {
         SystemState& state = platform_.systemState();
         for (const QueuedResponse& queued : state.responses()) {
-            const auto content = platform_.json().parse(queued.notification.content);
+            const auto response = responseOf(queued);
             // From here on it is the app's, whatever becomes of it.
-            if (!state.takeResponse(queued.number) || !content) continue;
-            library().didReceiveNotificationResponse(
-                {queued.actionIdentifier,
-                 {{queued.notification.identifier, contentOf(*content)},
-                  queued.notification.deliveredAt},
-                 queued.userText});
+            if (!state.takeResponse(queued.number) || !response) continue;
+            library().didReceiveNotificationResponse(*response);
         }
+    }
+
+    // Nothing for one that can't be read any more.
+    std::optional<platform::NotificationResponse> responseOf(const QueuedResponse& queued) {
+        const TrayEntry& entry = queued.notification;
+        std::optional<platform::NotificationResponse> response;
+        guard("-[SampleApp responseOf:]", "A response can't be read: %@", [&] {
+            const auto content = platform_.json().parse(entry.content);
+            if (!content) return;
+            response = {queued.actionIdentifier,
+                        {{entry.identifier, contentOf(*content)}, entry.deliveredAt},
+                        queued.userText};
+        });
+        return response;
     }
 
     void token(const Value& step) {
@@ -118,9 +129,11 @@ private:
             });
     }
     void present(const Value& step) {
-        library().willPresentForegroundNotification(
-            {{std::string(step["identifier"].string()), contentOf(step["content"])},
-             step["date"].date()});
+        guard("-[SampleApp present:]", "A notification can't be read: %@", [&] {
+            library().willPresentForegroundNotification(
+                {{std::string(step["identifier"].string()), contentOf(step["content"])},
+                 step["date"].date()});
+        });
     }
     void fetch(const Value& step) {
         CVNPushCorvalenHandler::sharedInstance().setPushVexAndScheduleNotifications(

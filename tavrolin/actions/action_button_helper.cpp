@@ -45,7 +45,10 @@ void Helper::configureSnoozeNotificationWith(const Payload& payload,
                                              std::int64_t andActionIndex) {
     guard("+[CVNActionButtonHelper configureSnoozeNotificationWith:notification:andActionIndex:]",
           "Unable to schedule notification for snooze due to exception: %@", [&] {
-              const auto button = actionButtonAtIndex(payload, andActionIndex);
+              const auto button =
+                  payload && payload->cvnPayload
+                      ? recordAtIndex(payload->cvnPayload->actionButton, andActionIndex)
+                      : nullptr;
               const Value config = button ? button->actionConfig : Value();
               const Value& interval = config[kPNActionButtonConfigSnoozeInterval];
               const Value seconds = interval ? interval : Value(kPNDefaultSnoozeInterval);
@@ -65,17 +68,6 @@ bool Helper::checkAppOpenOnActionButtonClick(const CVNActionButton& button) {
 
 bool Helper::checkAppOpenOnReplyActionButtonClick(const CVNReplyActionButton& /*button*/) {
     return false;
-}
-
-foundation::Ref<CVNActionButton> Helper::actionButtonAtIndex(const Payload& payload,
-                                                             std::int64_t index) {
-    if (!payload || !payload->cvnPayload || !payload->cvnPayload->actionButton) return nullptr;
-    const auto& buttons = *payload->cvnPayload->actionButton;
-    if (index < 0 || static_cast<std::uint64_t>(index) >= buttons.size()) {
-        Exception::raise(Exception::kRange, "index " + std::to_string(index) + " beyond " +
-                                                std::to_string(buttons.size()) + " buttons");
-    }
-    return buttons[static_cast<std::size_t>(index)];
 }
 
 }  // namespace tavrolin

@@ -32,11 +32,6 @@ public:
     static bool checkAppOpenOnActionButtonClick(const CVNActionButton& button);
     /// Always false.
     static bool checkAppOpenOnReplyActionButtonClick(const CVNReplyActionButton& button);
-
-    /// The payload's button there; null when it has no list of buttons. The exception to the rule:
-    /// raises `foundation::Exception` for an index that its list doesn't have.
-    static foundation::Ref<CVNActionButton> actionButtonAtIndex(const Payload& payload,
-                                                                std::int64_t index);
 };
 
 }  // namespace tavrolin

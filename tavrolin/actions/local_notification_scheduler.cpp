@@ -46,8 +46,7 @@ Value collapseKeyOf(const Scheduler::Payload& payload) {
     return foundation::stringOrEmpty(key).empty() ? Value() : key;
 }
 
-// --- One request
-// ----------------------------------------------------------------------------------
+// --- One request --------------------------------------------------------------------------------
 
 std::optional<Date> dateIn(const Value& text) {
     return text.isString() ? CVNPushDateUtility::dateFromString(text) : std::nullopt;
@@ -107,14 +106,13 @@ void prepareAndSchedule(const Scheduler::Payload& payload, std::uint64_t campaig
     if (!isPrepared) outcome(false);
 }
 
-// --- Many requests
-// --------------------------------------------------------------------------------
+// --- Many requests ------------------------------------------------------------------------------
 
 // Collects what was scheduled of so many requests, and marks it in the store in one transaction
 // once the last of them has ended. Threads: any.
 class ScheduledMarks {
 public:
-    explicit ScheduledMarks(std::size_t requests) : open_(requests) {}
+    void expectRequest() { ++open_; }
 
     void requestEnded(const Scheduler::Payload& payload, bool isScheduled) {
         std::vector<Scheduler::Payload> scheduled;
@@ -125,13 +123,13 @@ public:
             scheduled.swap(scheduled_);
         }
         if (!scheduled.empty()) {
-            CVNPushEventRecorder::recordNotificationsAreScheduledWithPayloads(scheduled);
+            CVNPushEventRecorder::recordNotificationsAreScheduledWithPayloads(std::move(scheduled));
         }
     }
 
 private:
     std::mutex mutex_;
-    std::size_t open_;
+    std::size_t open_ = 0;
     std::vector<Scheduler::Payload> scheduled_;
 };
 
@@ -140,14 +138,28 @@ struct Request {
     std::uint64_t campaignType;
 };
 
+bool hasMedia(const Scheduler::Payload& payload) {
+    const CVNPayload* section = payload ? payload->cvnPayload.get() : nullptr;
+    return section != nullptr && (!foundation::stringOrEmpty(section->mediaURL).empty() ||
+                                  recordCount(section->carousel) > 0);
+}
+
 void scheduleAll(const std::vector<Request>& requests, const Scheduler::Completion& completion) {
-    const auto marks = std::make_shared<ScheduledMarks>(requests.size());
+    // What has nothing to download doesn't wait for what has.
+    const auto atOnce = std::make_shared<ScheduledMarks>();
+    const auto afterDownloads = std::make_shared<ScheduledMarks>();
+    const auto marksOf = [&](const Scheduler::Payload& payload) {
+        return hasMedia(payload) ? afterDownloads : atOnce;
+    };
+    for (const Request& request : requests)
+        marksOf(request.payload)->expectRequest();
     for (const auto& [payload, campaignType] : requests) {
-        prepareAndSchedule(payload, campaignType,
-                           [marks, payload, completion](std::optional<bool> success) {
-                               marks->requestEnded(payload, success.value_or(false));
-                               if (success && completion) completion(*success);
-                           });
+        prepareAndSchedule(
+            payload, campaignType,
+            [marks = marksOf(payload), payload, completion](std::optional<bool> success) {
+                marks->requestEnded(payload, success.value_or(false));
+                if (success && completion) completion(*success);
+            });
     }
 }
 

@@ -1,5 +1,6 @@
 #include "tavrolin/actions/notification_category_helper.h"
 
+#include <source_location>
 #include <utility>
 
 #include "tavrolin/actions/notification_categories.h"
@@ -18,8 +19,9 @@ using Helper = CVNNotificationCategoryHelper;
 namespace {
 
 void warn(std::string_view operation, std::string_view message,
-          std::initializer_list<Value> arguments = {}) {
-    log(LogLevel::warn, operation, formatMessage(message, arguments));
+          std::initializer_list<Value> arguments = {},
+          const std::source_location& where = std::source_location::current()) {
+    log(LogLevel::warn, operation, formatMessage(message, arguments), where);
 }
 
 // The categories of a list, which maps their identifiers to {key: array}. `make` turns an

@@ -39,15 +39,12 @@ bool isForApp(std::string_view link) {
 void CVNPushDeeplinkHelper::handleDeeplinkURLString(const Value& deeplink,
                                                     const Value& customPayload,
                                                     const Completion& withCompletion) {
-    guard("+[CVNPushDeeplinkHelper handleDeeplinkURLString:customPayload:withCompletion:]",
-          "Could not handle deeplink due to exception: %@", [&] {
-              const std::string_view text = foundation::trimmed(deeplink.string());
-              const Value link = deeplink.isNil() ? Value() : Value(text);
-              const bool hasCustomKeys = customPayload.isDictionary() && customPayload.count() > 0;
-              if (text.empty() && !hasCustomKeys) return;
-              const bool deliverToApp = isForApp(text) || hasCustomKeys;
-              if (withCompletion) withCompletion(link, deliverToApp, customPayload);
-          });
+    const std::string_view text = foundation::trimmed(foundation::stringOrEmpty(deeplink));
+    const bool hasCustomKeys = customPayload.isDictionary() && customPayload.count() > 0;
+    if (text.empty() && !hasCustomKeys) return;
+    const bool deliverToApp = isForApp(text) || hasCustomKeys;
+    if (!withCompletion) return;
+    withCompletion(deeplink.isString() ? Value(text) : Value(), deliverToApp, customPayload);
 }
 
 void CVNPushDeeplinkHelper::handleOpenURLScheme(const URL& url, const Completion& withCompletion) {

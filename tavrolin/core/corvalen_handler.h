@@ -15,9 +15,8 @@ namespace tavrolin {
 ///
 /// A call goes to the adapter that the core SDK handed over; without one, to a fresh instance of
 /// the class "PushNotificationAdapter" when there is such a class; otherwise it is dropped. Five
-/// calls
-/// (`handleOpenOperation`, the three checks, `processEventsManually`) go to the adapter only, and
-/// the checks answer false without it. Threads: any.
+/// calls (`handleOpenOperation`, the three checks, `processEventsManually`) go to the adapter only,
+/// and the checks answer false without it. Threads: any.
 class CVNPushCorvalenHandler : public CVNPushNotificationProtocol {
 public:
     using DeeplinkCompletion =

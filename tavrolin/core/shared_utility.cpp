@@ -19,29 +19,6 @@ namespace tavrolin {
 
 using foundation::Value;
 
-namespace {
-
-template <class T>
-std::int64_t countOf(const RecordList<T>& list) {
-    return list ? static_cast<std::int64_t>(list->size()) : 0;
-}
-
-// The element that a stored index names, which may be one that is not there.
-template <class T>
-const T& elementAt(const RecordList<T>& list, std::int64_t index) {
-    if (index < 0 || index >= countOf(list)) {
-        foundation::Exception::raise(foundation::Exception::kRange,
-                                     "index " + std::to_string(index) +
-                                         " is beyond the end of a list of " +
-                                         std::to_string(countOf(list)));
-    }
-    static const T absent;
-    const auto& element = (*list)[static_cast<std::size_t>(index)];
-    return element ? *element : absent;
-}
-
-}  // namespace
-
 CVNSharedUtility& CVNSharedUtility::sharedInstance() {
     static auto* instance = new CVNSharedUtility;
     return *instance;
@@ -133,11 +110,13 @@ Value CVNSharedUtility::getNotificationDeeplink(const CVNNotificationPayloadMode
     const std::int64_t index = CVNPushPreferencesManager::getCarouselIndex().integerValue();
     if (isActionButtonTapped()) {
         // The carousel's index, not the button's: deliberate.
-        if (countOf(payload.actionButton) < index) return payload.deeplink;
-        return elementAt(payload.actionButton, index).actionDeeplink;
+        if (recordCount(payload.actionButton) < index) return payload.deeplink;
+        const auto button = recordAtIndex(payload.actionButton, index);
+        return button ? button->actionDeeplink : Value();
     }
-    if (isCarouselTapped() && countOf(payload.carousel) >= index) {
-        const Value& link = elementAt(payload.carousel, index).imgDeeplink;
+    if (isCarouselTapped() && recordCount(payload.carousel) >= index) {
+        const auto item = recordAtIndex(payload.carousel, index);
+        const Value link = item ? item->imgDeeplink : Value();
         if (!isEmptyString(link) && !isBlank(link)) return link;
     }
     return payload.deeplink;

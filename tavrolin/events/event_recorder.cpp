@@ -77,7 +77,8 @@ void send(std::uint64_t eventId, std::uint64_t eventType, const Value& payload) 
 void dismiss(const Record& record, std::uint64_t eventId, std::uint64_t eventType,
              const Context& context) {
     const auto stored = record->payload();
-    if (!stored) return;  // damaged: neither found again by its trid nor worth a process's life
+    // Damaged: neither found again by its trid nor worth a process's life.
+    if (!stored || metaOf(stored).isNil()) return;
     Service::markNotificationAsDismissedWithPayload(stored, context);
     send(eventId, eventType, eventDictionary(*record, record->trid(), metaOf(stored)));
 }

@@ -33,22 +33,23 @@ Handler::Payload payloadOf(const NotificationResponse& response) {
 // it, and for a payload without buttons.
 foundation::Ref<CVNActionButton> pressedButton(const Handler::Payload& payload,
                                                std::int64_t index) {
-    const auto& section = payload->cvnPayload;
-    const std::size_t count =
-        section && section->actionButton ? section->actionButton->size() : std::size_t{0};
-    if (static_cast<std::int64_t>(count) < index) return nullptr;
-    return CVNActionButtonHelper::actionButtonAtIndex(payload, index);
+    if (!payload->cvnPayload) return nullptr;
+    const auto& buttons = payload->cvnPayload->actionButton;
+    if (recordCount(buttons) < index) return nullptr;
+    return recordAtIndex(buttons, index);
 }
 
 void copyTextOf(const CVNActionButton& button) {
-    CVNActionButtonHelper::copyPromoCode(button.actionConfig[kPNActionButtonConfigCopyText]);
+    const Value& config = button.actionConfig;
+    CVNActionButtonHelper::copyPromoCode(
+        config.isDictionary() ? config[kPNActionButtonConfigCopyText] : Value());
 }
 
 // What a copying or a replying button does before its click. The payload that the click has.
 Handler::Payload performSideEffect(const CVNActionButton& button,
                                    const NotificationResponse& response,
                                    const Handler::Payload& payload) {
-    switch (button.actionType.integerValue()) {
+    switch (foundation::integerOrZero(button.actionType)) {
         case kActionButtonTypeCopy:
             copyTextOf(button);
             return payload;
@@ -128,7 +129,7 @@ void Handler::handleActionButtonInteraction(const Value& index, const Value& dee
     const std::int64_t position = index.integerValue();
     const auto button = pressedButton(payload, position);
     if (!button) return;
-    if (button->actionType.integerValue() == kActionButtonTypeSnooze) {
+    if (foundation::integerOrZero(button->actionType) == kActionButtonTypeSnooze) {
         // No click: the notification comes back.
         CVNActionButtonHelper::configureSnoozeNotificationWith(
             payload, notificationResponse.notification.request.content, position);

@@ -31,7 +31,7 @@ public:
             if (found == classes().end()) return nullptr;
             factory = found->second;
         }
-        return factory();
+        return factory ? factory() : nullptr;
     }
 
     static bool isRegistered(std::string_view name) {
@@ -41,12 +41,12 @@ public:
 
 private:
     static std::mutex& mutex() {
-        static std::mutex instance;
-        return instance;
+        static auto* instance = new std::mutex;  // both live as long as the process
+        return *instance;
     }
     static std::map<std::string, Factory, std::less<>>& classes() {
-        static std::map<std::string, Factory, std::less<>> instance;
-        return instance;
+        static auto* instance = new std::map<std::string, Factory, std::less<>>;
+        return *instance;
     }
 };
 

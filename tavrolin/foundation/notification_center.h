@@ -1,8 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tavrolin/foundation/value.h"
 
@@ -24,9 +27,10 @@ public:
     void postNotificationName(std::string_view name, const Value& userInfo);
 
 private:
-    struct State;
-    NotificationCenter();
-    State* state_;  // lives as long as the process
+    NotificationCenter() = default;
+
+    std::mutex mutex_;
+    std::map<std::string, std::vector<Observer>, std::less<>> observers_;  // guarded by mutex_
 };
 
 }  // namespace tavrolin::foundation

@@ -67,6 +67,56 @@ Sequence sequenceAt(const std::uint8_t* at, const std::uint8_t* end) noexcept {
     return {length, true};
 }
 
+// Capitals of one block: each is `distance` before its small letter. In an alternating block
+// capitals and small letters take turns, beginning with a capital.
+struct Capitals {
+    char32_t first;
+    char32_t last;
+    std::int32_t distance;
+    bool alternate = false;
+};
+
+constexpr std::array<Capitals, 28> kCapitals = {{
+    {0x41, 0x5A, 32},          {0xC0, 0xD6, 32},          {0xD8, 0xDE, 32},
+    {0x100, 0x12E, 1, true},   {0x130, 0x130, -199},  // the dotted one
+    {0x132, 0x136, 1, true},   {0x139, 0x147, 1, true},   {0x14A, 0x176, 1, true},
+    {0x178, 0x178, -121},      {0x179, 0x17D, 1, true},   {0x386, 0x386, 38},
+    {0x388, 0x38A, 37},        {0x38C, 0x38C, 64},        {0x38E, 0x38F, 63},
+    {0x391, 0x3A1, 32},        {0x3A3, 0x3AB, 32},        {0x400, 0x40F, 80},
+    {0x410, 0x42F, 32},        {0x460, 0x480, 1, true},   {0x48A, 0x4BE, 1, true},
+    {0x4C0, 0x4C0, 15},        {0x4C1, 0x4CD, 1, true},   {0x4D0, 0x52E, 1, true},
+    {0x531, 0x556, 48},        {0x1E00, 0x1E94, 1, true}, {0x1E9E, 0x1E9E, -7615},
+    {0x1EA0, 0x1EFE, 1, true}, {0xFF21, 0xFF3A, 32},
+}};
+
+char32_t lowercaseOf(char32_t letter) noexcept {
+    const auto* const block = std::find_if(
+        kCapitals.begin(), kCapitals.end(),
+        [&](const Capitals& each) { return letter >= each.first && letter <= each.last; });
+    if (block == kCapitals.end() || (block->alternate && (letter - block->first) % 2 != 0)) {
+        return letter;
+    }
+    return static_cast<char32_t>(static_cast<std::int32_t>(letter) + block->distance);
+}
+
+// Of two or three bytes, which all letters with a case have here.
+char32_t characterAt(const std::uint8_t* at, std::size_t length) noexcept {
+    if (length == 2) return (at[0] & 0x1FU) << 6U | (at[1] & 0x3FU);
+    return (at[0] & 0x0FU) << 12U | (at[1] & 0x3FU) << 6U | (at[2] & 0x3FU);
+}
+
+void append(std::string& text, char32_t character) {
+    const auto byte = [&](char32_t bits) { text += static_cast<char>(bits); };
+    if (character < 0x80) return byte(character);
+    if (character < 0x800) {
+        byte(0xC0U | character >> 6U);
+    } else {
+        byte(0xE0U | character >> 12U);
+        byte(0x80U | (character >> 6U & 0x3FU));
+    }
+    byte(0x80U | (character & 0x3FU));
+}
+
 // Blanks and line breaks. None of them is the end of another character's bytes.
 constexpr std::array<std::string_view, 26> kWhiteSpace = {
     " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00a0", "\u1680",
@@ -108,6 +158,25 @@ std::string repairedUtf8(std::string_view text) {
             result.append(reinterpret_cast<const char*>(at), sequence.length);
         } else {
             result += "\xEF\xBF\xBD";
+        }
+        at += sequence.length;
+    }
+    return result;
+}
+
+std::string lowercase(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    const std::uint8_t* at = bytesOf(text);
+    const std::uint8_t* const end = at + text.size();
+    while (at != end) {
+        const Sequence sequence = *at < 0x80 ? Sequence{1, true} : sequenceAt(at, end);
+        if (*at < 0x80) {
+            append(result, lowercaseOf(*at));
+        } else if (sequence.valid && sequence.length < 4) {
+            append(result, lowercaseOf(characterAt(at, sequence.length)));
+        } else {
+            result.append(reinterpret_cast<const char*>(at), sequence.length);
         }
         at += sequence.length;
     }

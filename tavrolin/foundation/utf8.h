@@ -13,6 +13,10 @@ bool isValidUtf8(std::string_view text) noexcept;
 /// character that is cut short and one for every other byte that fits nowhere.
 std::string repairedUtf8(std::string_view text);
 
+/// Each letter in lower case by itself, in the Latin, Greek, Cyrillic and Armenian scripts; the
+/// rest as it is. No language's own rules.
+std::string lowercase(std::string_view text);
+
 /// The part of the text without blanks and line breaks, Unicode's included, at both ends.
 std::string_view trimmed(std::string_view text) noexcept;
 

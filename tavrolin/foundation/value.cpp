@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tavrolin/foundation/exception.h"
+#include "tavrolin/foundation/utf8.h"
 
 namespace tavrolin::foundation {
 
@@ -401,12 +402,7 @@ std::size_t Value::count() const {
 }
 
 Value Value::lowercaseString() const {
-    if (isNil()) return {};
-    std::string text(string());
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return text;
+    return isNil() ? Value() : Value(lowercase(string()));
 }
 
 const Value& Value::nil() noexcept {

@@ -271,5 +271,8 @@ struct Value::Entry {
 inline std::string_view stringOrEmpty(const Value& value) {
     return value.isString() ? value.string() : std::string_view();
 }
+inline std::int64_t integerOrZero(const Value& value) {
+    return value.isString() || value.isNumber() ? value.integerValue() : 0;
+}
 
 }  // namespace tavrolin::foundation

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include "tavrolin/foundation/exception.h"
 #include "tavrolin/foundation/keyed_archive.h"
 #include "tavrolin/foundation/value.h"
 
@@ -33,6 +36,25 @@ struct CVNBase : foundation::Archivable {
 /// A list of records; absent is nil, which is not the same as empty.
 template <class T>
 using RecordList = std::optional<std::vector<foundation::Ref<T>>>;
+
+/// 0 for an absent list.
+template <class T>
+std::int64_t recordCount(const RecordList<T>& list) {
+    return list ? static_cast<std::int64_t>(list->size()) : 0;
+}
+
+/// The record at the index; null for an absent list. Raises `foundation::Exception` beyond the
+/// list's ends.
+template <class T>
+foundation::Ref<T> recordAtIndex(const RecordList<T>& list, std::int64_t index) {
+    if (!list) return nullptr;
+    if (index < 0 || index >= recordCount(list)) {
+        foundation::Exception::raise(foundation::Exception::kRange,
+                                     "index " + std::to_string(index) + " is beyond a list of " +
+                                         std::to_string(recordCount(list)));
+    }
+    return (*list)[static_cast<std::size_t>(index)];
+}
 
 /// Gives `Self` its archive and its dictionary form, both made from the one description of its
 /// fields, in order: `Self` has

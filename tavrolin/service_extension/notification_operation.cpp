@@ -53,8 +53,10 @@ Value orEmpty(const Value& text) {
     return text.isNil() ? Value("") : text;
 }
 
-const Value& firstPresent(const Value& first, const Value& second) {
-    return first.isNil() ? second : first;
+// The first that is there, as the system takes it: what is no text shows nothing.
+Value firstPresent(const Value& first, const Value& second) {
+    const Value& text = first.isNil() ? second : first;
+    return text.isString() ? text : Value();
 }
 
 }  // namespace

@@ -59,6 +59,8 @@ TEST_F(PushDeeplinkHelperTest, DecidesWhoGetsTheLink) {
         {"  ", custom, R"( app {"k": 1})", {}},
         {"  ", {}, "nothing", {}},
         {{}, Value::dictionary(), "nothing", {}},
+        {7, {}, "nothing", {}},
+        {Value::null(), custom, R"((null) app {"k": 1})", {}},
     };
     std::size_t opened = 0;
     for (const auto& [link, payload, expected, opens] : cases) {
@@ -70,10 +72,6 @@ TEST_F(PushDeeplinkHelperTest, DecidesWhoGetsTheLink) {
         EXPECT_EQ(urls, opens) << link.description();
     }
     EXPECT_THAT(takeLog(), IsEmpty());
-
-    Helper::handleDeeplinkURLString(7, {}, completion());
-    EXPECT_EQ(result_, "nothing");
-    EXPECT_THAT(takeLog(), ElementsAre(HasSubstr("(FATAL) CVNPushDeeplinkHelper: ")));
     Helper::handleDeeplinkURLString("https://a.example", {}, {});
 }
 

@@ -191,6 +191,27 @@ TEST_F(SchedulingTest, ABatchTakesTwoTransactionsHoweverLarge) {
     EXPECT_THAT(records(), SizeIs(504));
 }
 
+TEST_F(SchedulingTest, MarksWhatIsScheduledWhileADownloadHangs) {
+    memory_.urlSession.setAnswer("https://a.example/slow.png", {.neverAnswers = true});
+    const Value slow = Value::dictionary({{"mediaUrl", "https://a.example/slow.png"}});
+    Scheduler::scheduleLocalNotifications({parsed(push("slow", slow)), parsed(push("quick"))},
+                                          kGatewaySourcePushVex, kCampaignTypeNormal, {});
+    memory_.dispatch.runReady();
+    EXPECT_THAT(pending(), ElementsAre("quick"));
+    EXPECT_EQ(status("quick"), Value("scheduled"));
+    EXPECT_EQ(status("slow"), Value("delivered"));
+}
+
+TEST_F(SchedulingTest, ShowsNothingForWhatIsNoText) {
+    const Value section =
+        Value::dictionary({{"title", 5}, {"body", Value::dictionary({{"a", 1}})}});
+    EXPECT_EQ(schedule(parsed(push("t", section)), 0), "scheduled");
+    const auto content = memory_.notificationCenter.pending().front().content;
+    EXPECT_TRUE(content.title.isNil());
+    EXPECT_TRUE(content.body.isNil());
+    EXPECT_EQ(content.userInfo["cvnPayload"]["title"], Value(5));
+}
+
 TEST_F(SchedulingTest, PayloadsWithACollapseKeyAreStoredAndLookedUpInVain) {
     const Value key = Value::dictionary({{"collapseKey", "k"}});
     bool completed = false;

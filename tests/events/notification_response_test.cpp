@@ -134,6 +134,15 @@ TEST_F(NotificationResponseTest, TheMenusButtonIsReadFromTheIdentifier) {
     EXPECT_THAT(pending(), IsEmpty()) << "the menu doesn't snooze";
     coreSDK_->takeCalls();
     EXPECT_EQ(respond(push("t"), "0"), "") << "no buttons";
+    // A type that is no number is any other type; a configuration that is none has no text.
+    for (const Value& type : {Value::null(), Value::array({4}), Value("2")}) {
+        coreSDK_->takeCalls();
+        Value strange = button(1, "app://strange");
+        strange.set("aTyp", type);
+        strange.set("config", Value::array({1}));
+        const Value section = Value::dictionary({{"actionButton", Value::array({strange})}});
+        EXPECT_EQ(respond(push("t", section), "0"), "app://strange") << type.description();
+    }
 }
 
 TEST_F(NotificationResponseTest, TheMenusButtonsCopyAndReply) {

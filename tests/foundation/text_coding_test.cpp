@@ -54,6 +54,23 @@ TEST(Utf8, TrimsBlanksAndLineBreaksAtBothEnds) {
         EXPECT_EQ(trimmed(text), rest);
 }
 
+TEST(Utf8, LowersLettersOfScriptsThatHaveCapitals) {
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"", ""},
+        {"ANNA@Example.com [Z]", "anna@example.com [z]"},
+        {"ÀÖ×ØÞßŸ", "àö×øþßÿ"},
+        {"ĀāĶķĹĺŇňŊŋŶŷŹźŽž", "āāķķĺĺňňŋŋŷŷźźžž"},
+        {"İẞẠạ", "ißạạ"},
+        {"ΆΈΌΎΏΑΡΣΫ", "άέόύώαρσϋ"},
+        {"ЀЏАЯӀӁԮ", "ѐџаяӏӂԯ"},
+        {"ԱՖＡＺ", "աֆａｚ"},
+        {"漢字 😀", "漢字 😀"},
+        {"A\xC3", "a\xC3"},  // cut short
+    };
+    for (const auto& [text, small] : cases)
+        EXPECT_EQ(lowercase(text), small);
+}
+
 TEST(Base64, GoesBothWaysAndTakesNothingElse) {
     const std::pair<std::string_view, std::string_view> cases[] = {{"", ""},
                                                                    {"f", "Zg=="},
