@@ -67,6 +67,13 @@ T orFail(foundation::Expected<T> result, const std::string& what) {
     return std::move(*result);
 }
 
+// A JSON object's text with one more field, whose value is JSON text as well.
+std::string withField(std::string object, std::string_view key, std::string_view value) {
+    object.pop_back();
+    if (object.size() > 1) object += ',';
+    return object.append("\"").append(key).append("\":").append(value).append("}");
+}
+
 // Whether something is there to be read; what can't be looked at is no absence.
 bool exists(const std::string& path) {
     std::error_code error;
@@ -235,36 +242,44 @@ Value Device::readJSON(const std::string& text) const {
     return value ? *value : Value::null();
 }
 
-Value Device::tray() {
-    Value result = Value::array();
-    for (const TrayEntry& entry : platform_->systemState().tray()) {
-        result.append(Value::dictionary({{"identifier", entry.identifier},
-                                         {"deliveredAt", dateText(entry.deliveredAt)},
-                                         {"content", readJSON(entry.content)}}));
-    }
-    return result;
+std::string Device::writeJSON(const Value& value) const {
+    return orFail(platform_->json().serialise(value, platform::JSONText::Style::compact),
+                  "the result can't be written as JSON");
 }
 
-Value Device::events() {
-    Value result = Value::array();
-    for (const Call& call : platform_->systemState().calls(CoreSDK::kEvent)) {
-        Value event = readJSON(call.arguments);
-        if (!event.isDictionary()) continue;  // a damaged record hides none of the others
-        event.set("at", dateText(call.at));
-        result.append(std::move(event));
+bool Device::isObject(std::string_view text) const {
+    return text.starts_with('{') && text.ends_with('}') && platform_->json().isJSON(text);
+}
+
+// What is kept as JSON text needs no second writing; what is damaged is null, and hides none of the
+// others.
+std::string Device::elementText(const Value& fields, std::string_view content) const {
+    return withField(writeJSON(fields), "content", isObject(content) ? content : "null");
+}
+
+void Device::tray(const Take& take) {
+    for (const TrayEntry& entry : platform_->systemState().tray()) {
+        take(elementText(Value::dictionary({{"identifier", entry.identifier},
+                                            {"deliveredAt", dateText(entry.deliveredAt)}}),
+                         entry.content));
     }
-    return result;
+}
+
+void Device::events(const Take& take) {
+    for (Call& call : platform_->systemState().calls(CoreSDK::kEvent)) {
+        if (!isObject(call.arguments)) continue;  // damaged
+        take(withField(std::move(call.arguments), "at", writeJSON(dateText(call.at))));
+    }
 }
 
 Value Device::flushes() {
     return Value::dictionary({{"flushes", platform_->systemState().calls(CoreSDK::kFlush).size()}});
 }
 
-Value Device::store() {
+void Device::store(const Take& take) {
     const std::string file =
         platform_->storeDirectory(kExtension) + "/Tavrolin/CorvalenPushDB.sqlite";
-    Value result = Value::array();
-    if (!exists(file)) return result;
+    if (!exists(file)) return;
     const platform::ManagedObjectModel model{{CorvalenPushNotificationEvent::entityDescription()}};
     platform::StoreDescription description{foundation::URL::fileURLWithPath(file)};
     description.isReadOnly = true;
@@ -282,9 +297,8 @@ Value Device::store() {
                 entity.attributes[i].type == platform::AttributeType::transformable;
             row.set(entity.attributes[i].name, isPayload ? payloadForm(value) : jsonForm(value));
         }
-        result.append(std::move(row));
+        take(writeJSON(row));
     }
-    return result;
 }
 
 Value Device::preferences() {
@@ -296,29 +310,26 @@ Value Device::preferences() {
     return jsonForm(suite->dictionaryRepresentation());
 }
 
-Value Device::pending() {
-    Value result = Value::array();
+void Device::pending(const Take& take) {
     for (const PendingEntry& entry : platform_->systemState().pending()) {
-        result.append(Value::dictionary({{"identifier", entry.identifier},
-                                         {"fireAt", dateText(entry.fireAt)},
-                                         {"content", readJSON(entry.content)}}));
+        take(elementText(Value::dictionary({{"identifier", entry.identifier},
+                                            {"fireAt", dateText(entry.fireAt)}}),
+                         entry.content));
     }
-    return result;
 }
 
-Value Device::categories() {
+void Device::categories(const Take& take) {
     const auto kept = platform_->systemState().setting(kSettingCategories);
-    const Value result = kept ? readJSON(*kept) : Value::array();
-    return result.isArray() ? result : Value::array();
+    const Value all = kept ? readJSON(*kept) : Value::array();
+    if (!all.isArray()) return;
+    for (const Value& category : all.items())
+        take(writeJSON(category));
 }
 
 Value Device::outbox() {
     std::map<std::string, std::vector<Value>, std::less<>> calls;
-    for (const Call& call : platform_->systemState().calls()) {
-        if (call.operation != CoreSDK::kEvent) {
-            calls[call.operation].push_back(readJSON(call.arguments));
-        }
-    }
+    for (const Call& call : platform_->systemState().callsExcept(CoreSDK::kEvent))
+        calls[call.operation].push_back(readJSON(call.arguments));
     // Of each call its arguments, or one of them.
     const auto list = [&](std::string_view operation, std::string_view argument = {}) {
         Value result = Value::array();

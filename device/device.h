@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,14 +45,15 @@ public:
     foundation::Value deliver(const foundation::Value& payload,
                               const std::optional<std::string>& identifier);
 
-    // Looking.
-    foundation::Value tray();
-    foundation::Value pending();
-    foundation::Value store();
-    foundation::Value events();
+    // Looking. A list may be long: it is handed over element by element, each as JSON text.
+    using Take = std::function<void(std::string_view)>;
+    void tray(const Take& take);
+    void pending(const Take& take);
+    void store(const Take& take);
+    void events(const Take& take);
+    void categories(const Take& take);
     foundation::Value flushes();  // {"flushes": N}
     foundation::Value preferences();
-    foundation::Value categories();
     foundation::Value outbox();
 
     // Acting, as the user would. `removed` are identifiers that were on the tray.
@@ -104,6 +106,9 @@ private:
     AppRun runApp(AppOrder order);
     foundation::Value removed(const std::vector<TrayEntry>& entries);
     foundation::Value readJSON(const std::string& text) const;
+    std::string writeJSON(const foundation::Value& value) const;
+    bool isObject(std::string_view text) const;
+    std::string elementText(const foundation::Value& fields, std::string_view content) const;
 
     DeviceOptions options_;
     DeviceFolder folder_;

@@ -77,12 +77,28 @@ PendingEntry pendingEntryOf(const Record& record) {
     return {text(record.values[0]), record.values[1].date(), text(record.values[2])};
 }
 
+Call callOf(const Record& record) {
+    return {text(record.values[0]), text(record.values[1]), record.values[2].date()};
+}
+
 QueuedResponse responseOf(const Record& record) {
     const Value& typed = record.values[1];
     return {record.id,
             text(record.values[0]),
             typed.isNil() ? std::nullopt : std::optional(text(typed)),
             {text(record.values[2]), record.values[3].date(), text(record.values[4])}};
+}
+
+// What was read goes piece by piece, so that a long list is not held twice.
+template <class Entry>
+std::vector<Entry> entriesOf(std::vector<Record> records, Entry (*entryOf)(const Record&)) {
+    std::vector<Entry> entries;
+    entries.reserve(records.size());
+    for (Record& record : records) {
+        entries.push_back(entryOf(record));
+        record.values.clear();
+    }
+    return entries;
 }
 
 FetchRequest all(const EntityDescription& entity) {
@@ -162,10 +178,7 @@ void SystemState::inTransaction(Work work) {
 
 std::vector<TrayEntry> SystemState::tray() {
     const std::lock_guard lock(mutex_);
-    std::vector<TrayEntry> entries;
-    for (const Record& record : checked(store().fetch(all(trayEntity()))))
-        entries.push_back(trayEntryOf(record));
-    return entries;
+    return entriesOf(checked(store().fetch(all(trayEntity()))), trayEntryOf);
 }
 
 std::optional<TrayEntry> SystemState::takeFromTray(const std::string& identifier) {
@@ -203,8 +216,7 @@ std::vector<TrayEntry> SystemState::clearTray() {
     const std::lock_guard lock(mutex_);
     std::vector<TrayEntry> removed;
     inTransaction([&](platform::RecordStore& open) {
-        for (const Record& record : checked(open.fetch(all(trayEntity()))))
-            removed.push_back(trayEntryOf(record));
+        removed = entriesOf(checked(open.fetch(all(trayEntity()))), trayEntryOf);
         checked(open.removeMatching(all(trayEntity())));
     });
     return removed;
@@ -225,10 +237,7 @@ std::vector<Record> pendingRecords(platform::RecordStore& store) {
 
 std::vector<PendingEntry> SystemState::pending() {
     const std::lock_guard lock(mutex_);
-    std::vector<PendingEntry> entries;
-    for (const Record& record : pendingRecords(store()))
-        entries.push_back(pendingEntryOf(record));
-    return entries;
+    return entriesOf(pendingRecords(store()), pendingEntryOf);
 }
 
 SystemState::Displaced SystemState::addPending(const PendingEntry& entry) {
@@ -290,10 +299,7 @@ bool SystemState::queueResponse(const std::string& identifier, const std::string
 
 std::vector<QueuedResponse> SystemState::responses() {
     const std::lock_guard lock(mutex_);
-    std::vector<QueuedResponse> result;
-    for (const Record& record : checked(store().fetch(all(responseEntity()))))
-        result.push_back(responseOf(record));
-    return result;
+    return entriesOf(checked(store().fetch(all(responseEntity()))), responseOf);
 }
 
 bool SystemState::takeResponse(std::int64_t number) {
@@ -331,14 +337,17 @@ void SystemState::addCall(const Call& call) {
     });
 }
 
-std::vector<Call> SystemState::calls(std::optional<std::string_view> operation) {
+std::vector<Call> SystemState::callsMatching(std::string_view format, std::string_view operation) {
     const std::lock_guard lock(mutex_);
-    const FetchRequest request =
-        operation ? matching(callEntity(), "operation = %@", *operation) : all(callEntity());
-    std::vector<Call> result;
-    for (const Record& record : checked(store().fetch(request)))
-        result.push_back({text(record.values[0]), text(record.values[1]), record.values[2].date()});
-    return result;
+    return entriesOf(checked(store().fetch(matching(callEntity(), format, operation))), callOf);
+}
+
+std::vector<Call> SystemState::calls(std::string_view operation) {
+    return callsMatching("operation = %@", operation);
+}
+
+std::vector<Call> SystemState::callsExcept(std::string_view operation) {
+    return callsMatching("operation != %@", operation);
 }
 
 }  // namespace tavrolin::device

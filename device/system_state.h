@@ -94,14 +94,16 @@ public:
     void setSetting(std::string_view key, std::string_view value);
 
     void addCall(const Call& call);
-    /// In the order in which they came; all operations without a name.
-    std::vector<Call> calls(std::optional<std::string_view> operation = std::nullopt);
+    /// In the order in which they came.
+    std::vector<Call> calls(std::string_view operation);
+    std::vector<Call> callsExcept(std::string_view operation);
 
 private:
     platform::RecordStore& store();
     template <class Work>
     void inTransaction(Work work);
     std::optional<TrayEntry> takeFromTray(const std::string& identifier);
+    std::vector<Call> callsMatching(std::string_view format, std::string_view operation);
 
     std::mutex mutex_;
     std::string file_;

@@ -70,28 +70,41 @@ Value valueOf(const dom::element& element) {
     return Value::null();
 }
 
-bool parseWith(Reader& reader, std::string_view text, Value& out) {
+bool parseWith(Reader& reader, std::string_view text, dom::element& root) {
     if (!reader.isUsable || text.empty()) return false;
     std::memcpy(reader.buffer.get(), text.data(), text.size());
+    return reader.parser.parse(reader.buffer.get(), text.size(), false).get(root) ==
+           simdjson::SUCCESS;
+}
+
+// Whether the text could be read; `take` gets its root then, which doesn't outlive the call.
+template <class Take>
+bool read(std::string_view text, const Take& take) {
     dom::element root;
-    if (reader.parser.parse(reader.buffer.get(), text.size(), false).get(root) != simdjson::SUCCESS)
-        return false;
-    out = valueOf(root);
-    return true;
+    const auto readWith = [&](Reader& reader) {
+        if (!parseWith(reader, text, root)) return false;
+        take(root);
+        return true;
+    };
+    if (text.size() <= kKeptSize) {
+        static thread_local Reader kept(kKeptSize);
+        return readWith(kept);
+    }
+    Reader once(text.size());
+    return readWith(once);
 }
 
 }  // namespace
 
 foundation::Expected<Value> JSONText::parse(std::string_view text) const {
     Value result;
-    if (text.size() <= kKeptSize) {
-        static thread_local Reader kept(kKeptSize);
-        if (parseWith(kept, text, result)) return result;
-    } else {
-        Reader once(text.size());
-        if (parseWith(once, text, result)) return result;
-    }
+    if (read(text, [&](const dom::element& root) { result = valueOf(root); })) return result;
     return foundation::valueWithJSON(text);
+}
+
+bool JSONText::isJSON(std::string_view text) const {
+    return read(text, [](const dom::element&) {}) ||
+           static_cast<bool>(foundation::valueWithJSON(text));
 }
 
 foundation::Expected<std::string> JSONText::serialise(const Value& value, Style style) const {

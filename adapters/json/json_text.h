@@ -12,6 +12,7 @@ namespace tavrolin::adapters::json {
 class JSONText final : public platform::JSONText {
 public:
     foundation::Expected<foundation::Value> parse(std::string_view text) const override;
+    bool isJSON(std::string_view text) const override;
     foundation::Expected<std::string> serialise(const foundation::Value& value,
                                                 Style style) const override;
 };

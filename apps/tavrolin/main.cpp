@@ -232,9 +232,19 @@ int act(const Arguments& arguments, const Act& act, printing::Printer printer) {
 
 using Look = Value (Device::*)();
 
-int look(const Arguments& arguments, Look look, printing::Printer printer) {
+int look(const Arguments& arguments, Look look) {
     Device device(arguments.options());
-    printing::print((device.*look)(), arguments.json, printer);
+    printing::print((device.*look)(), arguments.json, printing::printDictionary);
+    return kDone;
+}
+
+using List = void (Device::*)(const Device::Take&);
+
+int list(const Arguments& arguments, List list, const printing::Table& table) {
+    Device device(arguments.options());
+    printing::ListPrinter printer(arguments.json, table);
+    (device.*list)([&](std::string_view element) { printer.add(element); });
+    printer.end();
     return kDone;
 }
 
@@ -503,33 +513,29 @@ int run(int argc, char** argv) {
         command = [&] { return arguments.lines ? deliverLines(arguments) : deliverOne(arguments); };
     });
 
-    const auto addLook = [&](const char* name, const char* help, Look what,
-                             printing::Printer printer) {
+    const auto addLook = [&](const char* name, const char* help, std::function<int()> what) {
         CLI::App* added = app.add_subcommand(name, help);
-        added->callback([&, what, printer] {
-            command = [&, what, printer] { return look(arguments, what, printer); };
-        });
+        added->callback([&command, what = std::move(what)] { command = what; });
         return added;
     };
-    addLook("tray", "what lies on the tray, oldest first", &Device::tray, printing::printTray);
-    addLook("pending", "the local requests that wait, soonest first", &Device::pending,
-            printing::printPending);
-    addLook("categories", "the registered categories and their actions", &Device::categories,
-            printing::printCategories);
-    addLook("store", "the library's stored notifications", &Device::store, printing::printStore);
-    addLook("preferences", "what the app group's preferences hold", &Device::preferences,
-            printing::printDictionary);
-    addLook("outbox", "what left the app: links, badge, registrations", &Device::outbox,
-            printing::printDictionary);
-    CLI::App* events = app.add_subcommand("events", "the events that the core SDK received");
-    events->add_flag("--flushes", arguments.flushes, "how often it was asked to send them");
-    events->callback([&] {
-        command = [&] {
-            return arguments.flushes ? look(arguments, &Device::flushes, printing::printDictionary)
-                                     : look(arguments, &Device::events, printing::printEvents);
-        };
-    });
-    Commands(arguments, command).addTo(app);
+    addLook("tray", "what lies on the tray, oldest first",
+            [&] { return list(arguments, &Device::tray, printing::trayTable()); });
+    addLook("pending", "the local requests that wait, soonest first",
+            [&] { return list(arguments, &Device::pending, printing::pendingTable()); });
+    addLook("categories", "the registered categories and their actions",
+            [&] { return list(arguments, &Device::categories, printing::categoriesTable()); });
+    addLook("store", "the library's stored notifications",
+            [&] { return list(arguments, &Device::store, printing::storeTable()); });
+    addLook("preferences", "what the app group's preferences hold",
+            [&] { return look(arguments, &Device::preferences); });
+    addLook("outbox", "what left the app: links, badge, registrations",
+            [&] { return look(arguments, &Device::outbox); });
+    addLook("events", "the events that the core SDK received", [&] {
+        return arguments.flushes ? look(arguments, &Device::flushes)
+                                 : list(arguments, &Device::events, printing::eventsTable());
+    })->add_flag("--flushes", arguments.flushes, "how often it was asked to send them");
+    Commands acting(arguments, command);  // its callbacks use it while the arguments are read
+    acting.addTo(app);
     app.add_subcommand("reset", "empty the device")->callback([&] {
         command = [&] {
             Device::reset(arguments.options().folder);

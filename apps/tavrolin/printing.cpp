@@ -20,6 +20,7 @@ using platform::JSONText;
 namespace {
 
 constexpr std::size_t kWidestColumn = 44;
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
 
 std::string json(const Value& value, JSONText::Style style) {
     const auto text = adapters::json::JSONText().serialise(value, style);
@@ -85,7 +86,7 @@ std::string shortened(const std::string& text) {
     return text.substr(0, end) + "…";
 }
 
-using Row = std::vector<std::string>;
+using Row = Table::Row;
 
 void printTable(const Row& head, std::vector<Row> rows, std::string_view nothing) {
     if (rows.empty()) {
@@ -146,6 +147,44 @@ void printContent(const Value& content) {
     printField("user info", counted(content["userInfo"].count(), "key") + " (--json shows them)");
 }
 
+std::vector<Row> trayRows(const Value& entry) {
+    const Value& content = entry["content"];
+    return {{shown(entry["deliveredAt"]), shown(content["title"]), shown(content["body"]),
+             std::to_string(content["attachments"].count()), shown(entry["identifier"])}};
+}
+
+std::vector<Row> pendingRows(const Value& entry) {
+    const Value& content = entry["content"];
+    return {{shown(entry["fireAt"]), shown(content["title"]), shown(content["body"]),
+             shown(entry["identifier"])}};
+}
+
+// One for each of its actions.
+std::vector<Row> categoryRows(const Value& category) {
+    std::vector<Row> rows;
+    for (const Value& action : category["actions"].items()) {
+        rows.push_back(
+            {shown(category["identifier"]), shown(action["identifier"]), shown(action["title"]),
+             shown(action["options"]),
+             action["textInput"].isNull() ? "-" : shown(action["textInput"]["placeholder"])});
+    }
+    return rows;
+}
+
+std::vector<Row> recordRows(const Value& record) {
+    std::string state = record["isRead"].boolValue() ? "read" : "unread";
+    if (record["isDismissed"].boolValue()) state += ", dismissed";
+    return {{shown(record["time"]), shown(record["trid"]), shown(record["source"]),
+             shown(record["campaignType"]), shown(record["currentStatus"]), state,
+             record["alreadyDisplayedOnTray"].boolValue() ? "yes" : "no",
+             shown(record["collapseKey"])}};
+}
+
+std::vector<Row> eventRows(const Value& event) {
+    return {{shown(event["at"]), shown(event["id"]), shown(event["name"]), shown(event["type"]),
+             shown(event["payload"]["trid"])}};
+}
+
 std::string_view explained(std::string_view outcome) {
     if (outcome == "completed") return "the extension rewrote it";
     if (outcome == "expired") return "the extension's time ran out; its best attempt is shown";
@@ -170,6 +209,54 @@ void printLine(const Value& result) {
     if (std::fflush(stdout) != 0) throw std::runtime_error("can't write to standard output");
 }
 
+Table trayTable() {
+    return {{"delivered", "title", "body", "files", "identifier"}, trayRows, "The tray is empty."};
+}
+
+Table pendingTable() {
+    return {{"fires", "title", "body", "identifier"}, pendingRows, "Nothing is pending."};
+}
+
+Table categoriesTable() {
+    return {{"category", "action", "title", "options", "text input"},
+            categoryRows,
+            "No categories are registered (`tavrolin app register-categories` does)."};
+}
+
+Table storeTable() {
+    return {{"stored", "trid", "source", "campaign", "status", "state", "shown", "collapse key"},
+            recordRows,
+            "The store is empty."};
+}
+
+Table eventsTable() {
+    return {{"at", "id", "name", "type", "trid"}, eventRows, "No events were recorded."};
+}
+
+void ListPrinter::add(std::string_view element) {
+    if (!asJSON_) {
+        const auto value = adapters::json::JSONText().parse(element);
+        if (!value) throw std::runtime_error("can't print: " + value.error().localizedDescription);
+        for (Row& row : table_.rowsOf(*value))
+            rows_.push_back(std::move(row));
+        return;
+    }
+    text_.append(isEmpty_ ? "[\n  " : ",\n  ").append(element);
+    isEmpty_ = false;
+    if (text_.size() < kPiece) return;
+    write(text_);
+    text_.clear();
+}
+
+void ListPrinter::end() {
+    if (asJSON_) {
+        write(text_.append(isEmpty_ ? "[]\n" : "\n]\n"));
+    } else {
+        printTable(table_.head, std::move(rows_), table_.nothing);
+    }
+    if (std::fflush(stdout) != 0) throw std::runtime_error("can't write to standard output");
+}
+
 void printDelivery(const Value& result) {
     const std::string_view outcome = result["outcome"].string();
     write(bold(outcome) + ": " + std::string(explained(outcome)) + "\n");
@@ -184,65 +271,6 @@ void printDelivery(const Value& result) {
         printField("memory",
                    std::to_string(result["peakRssKiB"].integerValue() / 1024) + " MiB at most");
     }
-}
-
-void printTray(const Value& result) {
-    std::vector<Row> rows;
-    for (const Value& entry : result.items()) {
-        const Value& content = entry["content"];
-        rows.push_back({shown(entry["deliveredAt"]), shown(content["title"]),
-                        shown(content["body"]), std::to_string(content["attachments"].count()),
-                        shown(entry["identifier"])});
-    }
-    printTable({"delivered", "title", "body", "files", "identifier"}, std::move(rows),
-               "The tray is empty.");
-}
-
-void printPending(const Value& result) {
-    std::vector<Row> rows;
-    for (const Value& entry : result.items()) {
-        const Value& content = entry["content"];
-        rows.push_back({shown(entry["fireAt"]), shown(content["title"]), shown(content["body"]),
-                        shown(entry["identifier"])});
-    }
-    printTable({"fires", "title", "body", "identifier"}, std::move(rows), "Nothing is pending.");
-}
-
-void printCategories(const Value& result) {
-    std::vector<Row> rows;
-    for (const Value& category : result.items()) {
-        for (const Value& action : category["actions"].items()) {
-            rows.push_back(
-                {shown(category["identifier"]), shown(action["identifier"]), shown(action["title"]),
-                 shown(action["options"]),
-                 action["textInput"].isNull() ? "-" : shown(action["textInput"]["placeholder"])});
-        }
-    }
-    printTable({"category", "action", "title", "options", "text input"}, std::move(rows),
-               "No categories are registered (`tavrolin app register-categories` does).");
-}
-
-void printStore(const Value& result) {
-    std::vector<Row> rows;
-    for (const Value& record : result.items()) {
-        std::string state = record["isRead"].boolValue() ? "read" : "unread";
-        if (record["isDismissed"].boolValue()) state += ", dismissed";
-        rows.push_back({shown(record["time"]), shown(record["trid"]), shown(record["source"]),
-                        shown(record["campaignType"]), shown(record["currentStatus"]), state,
-                        record["alreadyDisplayedOnTray"].boolValue() ? "yes" : "no",
-                        shown(record["collapseKey"])});
-    }
-    printTable({"stored", "trid", "source", "campaign", "status", "state", "shown", "collapse key"},
-               std::move(rows), "The store is empty.");
-}
-
-void printEvents(const Value& result) {
-    std::vector<Row> rows;
-    for (const Value& event : result.items()) {
-        rows.push_back({shown(event["at"]), shown(event["id"]), shown(event["name"]),
-                        shown(event["type"]), shown(event["payload"]["trid"])});
-    }
-    printTable({"at", "id", "name", "type", "trid"}, std::move(rows), "No events were recorded.");
 }
 
 void printDictionary(const Value& result) {

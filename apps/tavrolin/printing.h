@@ -1,5 +1,10 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
 #include "tavrolin/foundation/value.h"
 
 namespace tavrolin::apps {
@@ -13,12 +18,39 @@ void print(const foundation::Value& result, bool asJSON, Printer printer);
 /// As JSON on one line.
 void printLine(const foundation::Value& result);
 
+/// How a list is shown to people.
+struct Table {
+    using Row = std::vector<std::string>;
+    Row head;
+    std::vector<Row> (*rowsOf)(const foundation::Value& element);
+    std::string nothing;  // what stands for an empty list
+};
+
+Table trayTable();
+Table pendingTable();
+Table categoriesTable();
+Table storeTable();
+Table eventsTable();
+
+/// Prints a list whose elements come one by one, as JSON texts: as a JSON array with an element a
+/// line, as they come, or as a table at the end. Throws std::runtime_error when standard output
+/// can't be written.
+class ListPrinter {
+public:
+    ListPrinter(bool asJSON, Table table) : asJSON_(asJSON), table_(std::move(table)) {}
+
+    void add(std::string_view element);
+    void end();
+
+private:
+    const bool asJSON_;
+    const Table table_;
+    std::vector<Table::Row> rows_;
+    std::string text_;  // what is not written yet
+    bool isEmpty_ = true;
+};
+
 void printDelivery(const foundation::Value& result);
-void printTray(const foundation::Value& result);
-void printPending(const foundation::Value& result);
-void printCategories(const foundation::Value& result);
-void printStore(const foundation::Value& result);
-void printEvents(const foundation::Value& result);
 void printDictionary(const foundation::Value& result);
 void printAppState(const foundation::Value& result);
 void printRemoved(const foundation::Value& result);

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "tavrolin/foundation/utf8.h"
@@ -295,6 +296,29 @@ private:
     std::string complaint_;
 };
 
+bool isEscaped(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+}
+
+// Where the next character stands, from there on, that JSON escapes; the text's size when there is
+// none. Few texts have any, so eight bytes are looked at in one go.
+std::size_t nextToEscape(std::string_view text, std::size_t at) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101U;
+    const auto hasByteBelow = [](std::uint64_t word, std::uint64_t limit) {
+        return ((word - kOnes * limit) & ~word & (kOnes * 0x80)) != 0;
+    };
+    for (std::uint64_t word = 0; text.size() - at >= sizeof word; at += sizeof word) {
+        std::memcpy(&word, text.data() + at, sizeof word);
+        if (hasByteBelow(word, 0x20) || hasByteBelow(word ^ (kOnes * '"'), 1) ||
+            hasByteBelow(word ^ (kOnes * '\\'), 1)) {
+            break;
+        }
+    }
+    while (at < text.size() && !isEscaped(text[at]))
+        ++at;
+    return at;
+}
+
 class Writer {
 public:
     explicit Writer(bool isPretty) : isPretty_(isPretty) {}
@@ -381,12 +405,11 @@ private:
         }
         out_ += '"';
         std::size_t written = 0;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            const char c = text[i];
-            if (static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\') continue;
+        for (std::size_t i = nextToEscape(text, 0); i < text.size();
+             i = nextToEscape(text, i + 1)) {
             out_.append(text.substr(written, i - written));
             written = i + 1;
-            escape(c);
+            escape(text[i]);
         }
         out_.append(text.substr(written)).append("\"");
         return true;

@@ -20,6 +20,9 @@ public:
     /// such as "line 3, column 7: …". Never more than 512 levels deep.
     virtual foundation::Expected<foundation::Value> parse(std::string_view text) const = 0;
 
+    /// Whether `parse` would take the text.
+    virtual bool isJSON(std::string_view text) const { return static_cast<bool>(parse(text)); }
+
     /// Keys keep their order. Fails on what JSON has no form for: nil, dates, data, real numbers
     /// that are not finite, text that is not UTF-8.
     virtual foundation::Expected<std::string> serialise(const foundation::Value& value,
