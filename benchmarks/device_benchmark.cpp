@@ -1,7 +1,8 @@
 // What a command costs on a device with 1,000 notifications on the tray and 64 requests pending,
 // beside the same command on one with 10 and 10. The store and the core SDK's events hold one of
 // each for every notification, as after so many pushes. Starts the built command line; what it
-// prints goes nowhere.
+// prints goes nowhere. Last the service extension's duplicate pass over the larger tray, as it lies
+// on the disk, beside parsing what was read from there.
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -23,14 +24,17 @@
 #include "adapters/sqlite/sqlite_record_stores.h"
 #include "benchmarks/filled_store.h"
 #include "benchmarks/ratios.h"
+#include "device/attachment_storage.h"
 #include "device/content_values.h"
 #include "device/core_sdk.h"
 #include "device/device_clock.h"
 #include "device/device_folder.h"
+#include "device/system_notification_center.h"
 #include "device/system_state.h"
 #include "tavrolin/payload/notification_parser.h"
 #include "tavrolin/payload/value_transformer.h"
 #include "tavrolin/platform/platform.h"
+#include "tavrolin/service_extension/notification_service_extension.h"
 
 extern char** environ;
 
@@ -103,6 +107,9 @@ public:
     void putOnTray(std::uint64_t number) {
         state_.putOnTray({trid(number), now(), contentText(number)});
     }
+
+    device::SystemState& state() { return state_; }
+    const device::DeviceFolder& folder() const { return folder_; }
 
     void run(const Words& words) const {
         Words all = {kProgram, "--device", folder_.root(), "--time", "jump",
@@ -205,6 +212,34 @@ void measure(const Command& command, FullDevice& few, FullDevice& many) {
                medianRatio(withMany.processor, withFew.processor), kGoal);
 }
 
+void measureDuplicatePass(FullDevice& device, adapters::memory::MemoryPlatform& memory) {
+    adapters::json::JSONText json;
+    device::SystemNotificationCenter center(device.state(), memory.dispatch, json,
+                                            device::AttachmentStorage(device.folder()), "", {});
+    platform::Platform ports = memory.platform();
+    ports.notificationCenter = &center;
+    platform::install(ports);
+    const auto arrived = CVNNotificationParser::parseNotificationPayloadDictionary(push(20'000));
+    CVNNotificationServiceExtension extension;
+    const std::vector<device::TrayEntry> tray = device.state().tray();
+    const auto times =
+        timesInTurns(TimeOf::processor, 61, 1,
+                     {[&] {
+                          for (const device::TrayEntry& entry : tray) {
+                              CVNNotificationParser::parseNotificationPayloadDictionary(
+                                  (*reader.parse(entry.content))["userInfo"]);
+                          }
+                      },
+                      [&] {
+                          extension.removeDuplicateNotificationFromTray(arrived);
+                          memory.dispatch.runUntilIdle();
+                      }});
+    if (device.state().tray().size() != tray.size()) fail("something was a duplicate");
+    std::printf("duplicate pass over the device's %zu: %.2f ms (parsing alone %.2f ms)\n",
+                tray.size(), median(times[1]) / 1e3, median(times[0]) / 1e3);
+    printRatio("device-duplicate-pass-to-parsing", medianRatio(times[1], times[0]), 1.3);
+}
+
 }  // namespace
 
 // Given names, those commands alone.
@@ -222,6 +257,7 @@ int main(int argc, char** argv) {
             const bool isNamed = names.empty() || std::ranges::count(names, command.name) > 0;
             if (isNamed) measure(command, few, many);
         }
+        if (names.empty()) measureDuplicatePass(many, memory);
     }
     fs::remove_all(folder);
     return 0;

@@ -53,6 +53,7 @@ TEST(JSONText, ReadsTheSameWithBothParsers) {
                                                static_cast<const platform::JSONText*>(&kPlain)}) {
             const auto value = json->parse(each.text);
             ASSERT_TRUE(value) << each.text << ": " << value.error().localizedDescription;
+            EXPECT_TRUE(json->isJSON(each.text)) << each.text;
             if (each.expected) {
                 EXPECT_EQ(*value, each.expected) << each.text;
             }
@@ -96,6 +97,7 @@ TEST(JSONText, SaysInOneLineWhereATextIsWrong) {
     for (const auto& each : cases) {
         const auto value = kFast.parse(each.text);
         ASSERT_FALSE(value) << each.text.substr(0, 40);
+        EXPECT_FALSE(kFast.isJSON(each.text)) << each.text.substr(0, 40);
         const std::string& message = value.error().localizedDescription;
         EXPECT_TRUE(message.starts_with(each.place)) << each.text.substr(0, 40) << ": " << message;
         EXPECT_GT(message.size(), each.place.size());
@@ -119,6 +121,21 @@ TEST(JSONText, WritesWhatItReadsBackEqual) {
     EXPECT_EQ(*kFast.serialise(Value::dictionary({{"a", Value::array({1})}, {"b", Value::array()}}),
                                Style::pretty),
               "{\n  \"a\": [\n    1\n  ],\n  \"b\": []\n}");
+}
+
+TEST(JSONText, EscapesACharacterWhereverItStands) {
+    for (const char c : std::string("\0\x1f\"\\ !#[]\x7f", 10)) {
+        for (std::size_t at = 0; at < 18; ++at) {
+            for (const std::string_view filling : {"x", "é"}) {
+                std::string text;
+                for (std::size_t i = 0; i < 18; ++i)
+                    text += i == at ? std::string(1, c) : std::string(filling);
+                const auto read = kFast.parse(written(text));
+                ASSERT_TRUE(read) << static_cast<int>(c) << " at " << at;
+                EXPECT_EQ(*read, Value(text));
+            }
+        }
+    }
 }
 
 TEST(JSONText, RefusesToWriteWhatJSONHasNoFormFor) {

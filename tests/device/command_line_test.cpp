@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "adapters/sqlite/sqlite_record_stores.h"
+#include "device/system_state.h"
 #include "tests/support/test_device.h"
 
 namespace tavrolin::tests {
@@ -167,6 +169,27 @@ TEST(CommandLine, PrintsWhatIsEmptyInTheContractsForm) {
         EXPECT_EQ(outbox[key], Value(0)) << key;
     }
     EXPECT_TRUE(outbox["pasteboard"].isNull());
+}
+
+TEST(CommandLine, ShowsTheOthersBesideADamagedOne) {
+    const TestDevice device;
+    device.deliver(pushPayload("whole"), {"--id", "whole"});
+    adapters::sqlite::SQLiteRecordStores stores;
+    device::SystemState state(device::DeviceFolder(device.folder()), stores);
+    for (const char* content : {"", "{", "5", "{} ", "{\"a\": }"})
+        state.putOnTray({"damaged " + std::string(content), {}, content});
+    for (const char* arguments : {"", "[]", "{\"id\": 12"})
+        state.addCall({"event", arguments, {}});
+    state.addCall({"event", "{}", {}});
+    const Value tray = device.look({"tray"});
+    ASSERT_EQ(tray.count(), 6U);
+    EXPECT_EQ(tray.items()[0]["content"]["title"], Value("Fresh in"));
+    for (std::size_t i = 1; i < 6; ++i)
+        EXPECT_TRUE(tray.items()[i]["content"].isNull()) << tray.items()[i].description();
+    const Value events = device.look({"events"});
+    ASSERT_EQ(events.count(), 2U) << "the whole push's and the empty one";
+    EXPECT_EQ(events.items()[1], Value::dictionary({{"at", "1970-01-01T00:00:00"}}));
+    EXPECT_EQ(device.run({"tray"}).status, 0);
 }
 
 TEST(CommandLine, EmptiesADeviceAndNothingElse) {
