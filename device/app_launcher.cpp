@@ -81,8 +81,8 @@ AppRun AppLauncher::run(AppOrder order) {
     run.end = std::max(end.at, run.start);
     run.peakRSSKiB = end.peakRSSKiB;
     run.state = end.isProper ? after : AppState::stopped;
-    clock_.reach(run.end);
     if (run.state != before) state_.setSetting(kSettingAppState, name(run.state));
+    clock_.reach(run.end);
     if (!end.isProper) {
         throw DeviceError(state_.responses().empty()
                               ? "the app died; the next command that needs it starts it anew"

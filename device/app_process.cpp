@@ -30,7 +30,9 @@ using platform::LifecycleEvent;
 
 namespace {
 
-constexpr double kBackgroundBudget = 30;  // seconds of the device's clock
+// In seconds of the device's clock.
+constexpr double kBackgroundBudget = 30;
+constexpr double kTransferPatience = 60;
 
 // The sample app, as a host would write it, driven by the steps.
 class SampleApp {
@@ -179,6 +181,8 @@ void serve(Channel& channel, const Value& message) {
             calls.keep(kCallPost, Value::dictionary({{"name", kCorvalenNotificationReceived},
                                                      {"userInfo", userInfo}}));
         });
+
+    if (message[kMessageJumping].boolValue()) platform.endSilentTransfersEvery(kTransferPatience);
 
     SampleApp app(platform, application, channel);
     if (message[kMessageWakes].boolValue()) {

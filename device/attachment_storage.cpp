@@ -1,6 +1,7 @@
 #include "device/attachment_storage.h"
 
 #include <filesystem>
+#include <set>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -23,6 +24,20 @@ fs::path ownFile(const std::string& path, const fs::path& folder) {
     const fs::path file = fs::canonical(path, error);
     const fs::path real = fs::canonical(folder, error);
     return !error && liesBelow(file, real) ? file : fs::path();
+}
+
+// Where the content's files lie.
+std::vector<std::string> pathsOf(const foundation::Value& content) {
+    std::vector<std::string> paths;
+    const foundation::Value attachments =
+        content.isDictionary() ? content["attachments"] : foundation::Value();
+    if (!attachments.isArray()) return paths;
+    for (const foundation::Value& attachment : attachments.items()) {
+        if (!attachment.isDictionary() || !attachment["url"].isString()) continue;
+        const auto url = foundation::URL::withString(attachment["url"].string());
+        if (url && url->isFileURL()) paths.push_back(url->path());
+    }
+    return paths;
 }
 
 bool moveOrShare(const std::string& path, const std::string& from, const fs::path& root,
@@ -60,17 +75,24 @@ void AttachmentStorage::take(platform::NotificationContent& content,
 }
 
 void AttachmentStorage::remove(const foundation::Value& content) const {
-    const foundation::Value& attachments = content["attachments"];
-    if (!attachments.isArray()) return;
     std::error_code error;
-    for (const foundation::Value& attachment : attachments.items()) {
-        if (!attachment.isDictionary() || !attachment["url"].isString()) continue;
-        const auto url = foundation::URL::withString(attachment["url"].string());
-        if (!url || !url->isFileURL()) continue;
-        const fs::path file = ownFile(url->path(), root_);
+    for (const std::string& path : pathsOf(content)) {
+        const fs::path file = ownFile(path, root_);
         if (file.empty()) continue;
         fs::remove(file, error);
         fs::remove(file.parent_path(), error);  // once it is empty
+    }
+}
+
+void AttachmentStorage::removeAllBut(const std::vector<foundation::Value>& contents) const {
+    std::set<fs::path> kept;
+    for (const foundation::Value& content : contents) {
+        for (const std::string& path : pathsOf(content))
+            kept.insert(fs::path(path).parent_path().filename());
+    }
+    std::error_code error;
+    for (const auto& folder : fs::directory_iterator(root_, error)) {
+        if (!kept.contains(folder.path().filename())) fs::remove_all(folder.path(), error);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "device/device_folder.h"
 #include "tavrolin/foundation/value.h"
@@ -20,6 +21,8 @@ public:
     void take(platform::NotificationContent& content, const std::string& from) const;
     /// Removes what was taken for this content, in its JSON form's Value.
     void remove(const foundation::Value& content) const;
+    /// Removes what belongs to none of the contents.
+    void removeAllBut(const std::vector<foundation::Value>& contents) const;
 
 private:
     std::string root_;

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <string>
 #include <vector>
 
 #include "tavrolin/foundation/exception.h"
@@ -23,10 +24,17 @@ constexpr std::size_t kLargestMessage = std::size_t{64} * 1024 * 1024;
 constexpr std::size_t kPiece = std::size_t{256} * 1024;
 using Header = std::array<std::uint8_t, 4>;
 
+constexpr int kSendLimit = 10'000;  // milliseconds without anything taken
+
 bool sendAll(int descriptor, const std::uint8_t* bytes, std::size_t size) {
     while (size > 0) {
-        const ssize_t sent = ::send(descriptor, bytes, size, MSG_NOSIGNAL);
+        const ssize_t sent = ::send(descriptor, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent < 0 && errno == EINTR) continue;
+        if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+            pollfd waiting{descriptor, POLLOUT, 0};
+            if (poll(&waiting, 1, kSendLimit) == 0) return false;
+            continue;
+        }
         if (sent <= 0) return false;
         bytes += sent;
         size -= static_cast<std::size_t>(sent);
@@ -42,6 +50,10 @@ Channel::~Channel() {
 
 bool Channel::send(const Value& message) {
     const std::vector<std::uint8_t> body = foundation::KeyedArchiver::archivedData(message);
+    if (body.size() > kLargestMessage) {
+        foundation::Exception::raise(foundation::Exception::kRange,
+                                     std::to_string(body.size()) + " bytes are too many at once");
+    }
     Header header{};
     for (std::size_t i = 0; i < header.size(); ++i) {
         header[i] = static_cast<std::uint8_t>(body.size() >> (8 * i));

@@ -20,7 +20,8 @@ public:
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
-    /// False when the other side is gone.
+    /// False when the other side is gone, or takes nothing for 10 seconds of real time. Raises
+    /// `foundation::Exception` for a message that is larger than any that is received.
     bool send(const foundation::Value& message);
     /// Waits for a whole message, for so many seconds of real time at most.
     Received receive(foundation::Value& message, double seconds);

@@ -143,7 +143,11 @@ ProcessEnd runProcess(const ProcessStart& start, const char* kind, Value message
     message.set(kMessageStart, start.start);
     message.set(kMessageLogLevel, start.logLevel);
     message.set(kMessageRun, start.run);
-    channel.send(message);
+    try {
+        if (!channel.send(message)) return {.isProper = false, .at = start.start};
+    } catch (const foundation::Exception& exception) {
+        throw DeviceError("can't hand that over: " + exception.reason());
+    }
     return Conversation(channel, start.start, take).hold();
 }
 

@@ -29,14 +29,14 @@ struct ProcessStart {
 struct ProcessEnd {
     bool isProper = false;  // it said that all its work was done
     foundation::Date at;    // when it ended, as far as it could say
-    std::optional<std::int64_t> peakRSSKiB;
+    std::optional<std::int64_t> peakRSSKiB = std::nullopt;
 };
 
 /// Starts the program as a process of this kind, hands it the message, and listens until its end.
 /// `take` gets whatever it says of its own; raising `foundation::Exception` there means that it
 /// talks nonsense. Its death, its silence (10 seconds without a sign of life), standing still (35
 /// seconds without any work) and nonsense all end it, and are no proper end. Throws DeviceError
-/// only when no process can be started.
+/// only when no process can be started, or the message is too large for it.
 ProcessEnd runProcess(const ProcessStart& start, const char* kind, foundation::Value message,
                       const std::function<void(const foundation::Value&)>& take);
 

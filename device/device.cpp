@@ -17,6 +17,7 @@
 #include "device/process_platform.h"
 #include "device/run_folder.h"
 #include "device/system_notification_center.h"
+#include "tavrolin/core/logger.h"
 #include "tavrolin/payload/notification_parser.h"
 #include "tavrolin/payload/payload_keys.h"
 #include "tavrolin/platform/json_text.h"
@@ -35,6 +36,8 @@ using platform::NotificationRequest;
 namespace {
 
 constexpr std::string_view kExtension = "service-extension";
+constexpr std::string_view kAdviceOnFiles =
+    "; see that it can be read; if it is damaged, `tavrolin reset` empties the device";
 
 bool isOne(const Value& number) {
     return (number.isNumber() || number.isString()) && number.integerValue() == 1;
@@ -62,8 +65,10 @@ std::string_view outcomeText(ExtensionResult::Outcome outcome) {
 }
 
 template <class T>
-T orFail(foundation::Expected<T> result, const std::string& what) {
-    if (!result) throw DeviceError(what + ": " + result.error().localizedDescription);
+T orFail(foundation::Expected<T> result, const std::string& what, std::string_view advice = {}) {
+    if (!result) {
+        throw DeviceError(what + ": " + result.error().localizedDescription + std::string(advice));
+    }
     return std::move(*result);
 }
 
@@ -85,6 +90,16 @@ bool exists(const std::string& path) {
     return true;
 }
 
+bool isEmpty(const std::string& folder) {
+    std::error_code error;
+    const bool answer = fs::is_empty(folder, error);
+    if (error) {
+        throw DeviceError("can't look into " + folder + ": " + error.message() +
+                          "; see that it can be read");
+    }
+    return answer;
+}
+
 }  // namespace
 
 Device::Device(DeviceOptions options)
@@ -94,7 +109,24 @@ Device::Device(DeviceOptions options)
                                                   adapters::asio::Clock::jumping(clock_.now()));
     static auto* center = new SystemNotificationCenter(platform_->makeNotificationCenter({}));
     platform_->install({.center = *center}, options_.logLevel);
-    fireUntil(clock_.now());
+    if (clock_.isDamaged()) {
+        log(LogLevel::warn, "-[Device Device:]",
+            "The device's clock can't be read; it begins anew at the machine's time");
+    }
+    run_.emplace(folder_.system() + "/commands/" + randomIdentifier(), [this] { tidyUp(); });
+    firedAtStart_ = fireUntil(clock_.now());
+}
+
+void Device::tidyUp() {
+    std::vector<Value> contents;
+    SystemState& state = platform_->systemState();
+    for (const TrayEntry& entry : state.tray())
+        contents.push_back(readJSON(entry.content));
+    for (const PendingEntry& entry : state.pending())
+        contents.push_back(readJSON(entry.content));
+    for (const QueuedResponse& response : state.responses())
+        contents.push_back(readJSON(response.notification.content));
+    storage_.removeAllBut(contents);
 }
 
 Device::~Device() = default;
@@ -161,8 +193,8 @@ Value Device::deliver(const Value& payload, const std::optional<std::string>& id
     }
     const Date now = clock_.now();
     Value replaced = Value::array();
-    clock_.reach(now);
     show(request, now, replaced);
+    clock_.reach(now);
     return Value::dictionary({{"identifier", request.identifier},
                               {"recognised", isRecognised},
                               {"outcome", "untouched"},
@@ -202,8 +234,8 @@ Value Device::deliverThroughExtension(NotificationRequest request, bool isRecogn
     Value replaced = Value::array();
     for (const std::string& removed : result.removed)
         replaced.append(removed);
-    storage_.take(request.content, temporary.path());
     clock_.reach(std::max(result.endedAt, result.handedBackAt));
+    storage_.take(request.content, temporary.path());
     show(request, result.handedBackAt, replaced);
     const bool isUntouched = !isRecognised && result.outcome == ExtensionResult::Outcome::completed;
     return Value::dictionary(
@@ -220,6 +252,7 @@ void Device::show(const NotificationRequest& request, Date at, Value& replaced) 
     const Value content = jsonForm(valueOf(request.content));
     TrayEntry entry{request.identifier, at, {}};
     try {
+        fireUntil(at);
         entry.content =
             orFail(platform_->json().serialise(content, platform::JSONText::Style::compact),
                    "the notification can't be kept");
@@ -231,8 +264,8 @@ void Device::show(const NotificationRequest& request, Date at, Value& replaced) 
         storage_.remove(content);
         throw;
     }
-    fireUntil(clock_.now());
     presentIfInForeground(entry);
+    fireUntil(clock_.now());
 }
 
 // --- Looking ----------------------------------------------------------------------------------
@@ -276,20 +309,27 @@ Value Device::flushes() {
     return Value::dictionary({{"flushes", platform_->systemState().calls(CoreSDK::kFlush).size()}});
 }
 
+// Without an app group each process has a store of its own.
 void Device::store(const Take& take) {
-    const std::string file =
-        platform_->storeDirectory(kExtension) + "/Tavrolin/CorvalenPushDB.sqlite";
+    const std::string folder = platform_->storeDirectory("app");
+    const std::string extensionFolder = platform_->storeDirectory(kExtension);
+    showStoreIn(folder, take);
+    if (extensionFolder != folder) showStoreIn(extensionFolder, take);
+}
+
+void Device::showStoreIn(const std::string& folder, const Take& take) {
+    const std::string file = folder + "/Tavrolin/CorvalenPushDB.sqlite";
     if (!exists(file)) return;
     const platform::ManagedObjectModel model{{CorvalenPushNotificationEvent::entityDescription()}};
     platform::StoreDescription description{foundation::URL::fileURLWithPath(file)};
     description.isReadOnly = true;
     const auto store = orFail(platform_->recordStores().open(model, description),
-                              "can't read the notification store " + file);
+                              "can't read the notification store " + file, kAdviceOnFiles);
     const auto& entity = *model.entityNamed(CorvalenPushNotificationEvent::kEntityName);
     platform::FetchRequest request;
     request.entityName = entity.name;
-    for (const platform::Record& record :
-         orFail(store->fetch(request), "can't read the notification store " + file)) {
+    for (const platform::Record& record : orFail(
+             store->fetch(request), "can't read the notification store " + file, kAdviceOnFiles)) {
         Value row = Value::dictionary();
         for (std::size_t i = 0; i < entity.attributes.size(); ++i) {
             const Value& value = record.values[i];
@@ -304,9 +344,10 @@ void Device::store(const Take& take) {
 Value Device::preferences() {
     const Value group = platform_->appGroup();
     const auto folder = group ? folder_.groupPreferences(group.string()) : std::nullopt;
-    if (!folder || !exists(*folder) || fs::is_empty(*folder)) return Value::dictionary();
-    const auto suite = orFail(platform_->preferences().suite(group.string()),
-                              "can't read the preferences of " + group.description());
+    if (!folder || !exists(*folder) || isEmpty(*folder)) return Value::dictionary();
+    const auto suite =
+        orFail(platform_->preferences().suite(group.string()),
+               "can't read the preferences of " + group.description(), kAdviceOnFiles);
     return jsonForm(suite->dictionaryRepresentation());
 }
 

@@ -11,6 +11,7 @@
 #include "device/child_process.h"
 #include "device/device_clock.h"
 #include "device/device_folder.h"
+#include "device/run_folder.h"
 #include "device/system_state.h"
 #include "tavrolin/foundation/value.h"
 
@@ -71,6 +72,9 @@ public:
     /// One step after another; see app_process.h.
     foundation::Value tellApp(std::vector<foundation::Value> steps,
                               std::optional<AppState> target = std::nullopt);
+    /// Campaigns of the core SDK's silent fetch, arrays of payloads: {"app", "pending": how many
+    /// requests wait, "permitted"}.
+    foundation::Value fetch(const foundation::Value& normal, const foundation::Value& scheduled);
     foundation::Value silentPush(const foundation::Value& payload);  // {"fetchResult"}
     /// A push that arrives while the app is in the foreground: as `deliver`.
     foundation::Value present(const foundation::Value& payload);
@@ -95,7 +99,10 @@ private:
     foundation::Value deliverSilently(const platform::NotificationRequest& request);
     foundation::Value deliverThroughExtension(platform::NotificationRequest request,
                                               bool isRecognised);
-    /// Puts the request on the tray, and before the app when that is in the foreground.
+    /// Removes the files that killed commands left.
+    void tidyUp();
+    /// Puts the request on the tray, and before the app when that is in the foreground. What fell
+    /// due before that comes first.
     void show(const platform::NotificationRequest& request, foundation::Date at,
               foundation::Value& replaced);
     void presentIfInForeground(const TrayEntry& entry);
@@ -104,6 +111,7 @@ private:
     AppRun runAppAlone(AppOrder order);
     /// A run of the app, and what fell due in its time.
     AppRun runApp(AppOrder order);
+    void showStoreIn(const std::string& folder, const Take& take);
     foundation::Value removed(const std::vector<TrayEntry>& entries);
     foundation::Value readJSON(const std::string& text) const;
     std::string writeJSON(const foundation::Value& value) const;
@@ -115,6 +123,8 @@ private:
     DeviceClock clock_;
     AttachmentStorage storage_;
     std::unique_ptr<ProcessPlatform> platform_;
+    std::optional<RunFolder> run_;  // says that this command is at work
+    foundation::Value firedAtStart_;
 };
 
 }  // namespace tavrolin::device

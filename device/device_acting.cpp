@@ -8,12 +8,14 @@
 #include "device/core_sdk.h"
 #include "device/device.h"
 #include "device/device_error.h"
+#include "device/file_lock.h"
 #include "device/process_platform.h"
 #include "device/system_notification_center.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/preference_keys.h"
 #include "tavrolin/core/push_preferences.h"
 #include "tavrolin/payload/notification_parser.h"
+#include "tavrolin/platform/preferences_suite.h"
 
 namespace tavrolin::device {
 
@@ -67,6 +69,7 @@ Value Device::clear() {
 // --- The app ----------------------------------------------------------------------------------
 
 AppRun Device::runAppAlone(AppOrder order) {
+    platform_->appGroup();  // an app whose Info dictionary can't be read can't be started
     SystemState& state = platform_->systemState();
     const std::vector<QueuedResponse> queued = state.responses();
     // The files of a notification that the app took are needed no longer: what the app shows again
@@ -86,6 +89,7 @@ AppRun Device::runAppAlone(AppOrder order) {
         removeFiles();
         return run;
     } catch (const DeviceError&) {
+        run_->leave();  // what it had taken over and not handed in lies somewhere
         removeFiles();
         throw;
     }
@@ -109,6 +113,18 @@ Value Device::launchApp(const Value& payload) {
 Value Device::tellApp(std::vector<Value> steps, std::optional<AppState> target) {
     const AppRun run = runApp({.steps = std::move(steps), .target = target});
     return Value::dictionary({{"app", name(run.state)}});
+}
+
+Value Device::fetch(const Value& normal, const Value& scheduled) {
+    constexpr platform::AuthorizationStatus kDenied = 1;
+    Value order = step(kStepFetch);
+    order.set("normal", normal);
+    order.set("scheduled", scheduled);
+    const AppRun run = runApp({.steps = {order}});
+    SystemState& state = platform_->systemState();
+    return Value::dictionary({{"app", name(run.state)},
+                              {"pending", state.pending().size()},
+                              {"permitted", permissionOf(state) > kDenied}});
 }
 
 Value Device::silentPush(const Value& payload) {
@@ -142,18 +158,44 @@ Value Device::setCoreAnswer(std::string_view setting, bool value) {
 
 // The core SDK keeps the identity where the library finds it: in the app group's preferences.
 Value Device::setUserIdentity(const std::string& identity) {
-    CVNPushPreferences& preferences = CVNPushPreferences::sharedInstance();
-    preferences.setSuitName(platform_->appGroup());
-    preferences.putString(identity, kPrefUserIdentity);
+    const Value group = platform_->appGroup();
+    if (!group) {
+        throw DeviceError("the sample app has no app group to keep an identity in; name one in " +
+                          folder_.app() + "/Info.plist");
+    }
+    const auto suite = platform_->preferences().suite(group.string());
+    foundation::Failure failure;
+    if (suite) {
+        failure = (*suite)->set(
+            CVNPushPreferences::sharedInstance().getPreferenceKey(kPrefUserIdentity), identity);
+    } else {
+        failure = suite.error();
+    }
+    if (failure) {
+        throw DeviceError("can't keep the identity in the preferences of " + group.description() +
+                          ": " + failure->localizedDescription);
+    }
     return Value::dictionary({{"user-identity", identity}});
 }
 
 // --- Time -------------------------------------------------------------------------------------
 
 Value Device::advance(double seconds) {
+    // Several at once follow one another, so that their times add up.
+    const FileLock alone(folder_.system() + "/advance.lock");
+    Value fired = firedAtStart_;
+    const auto fire = [&](Date date) {
+        const Value identifiers = fireUntil(date);
+        for (const Value& identifier : identifiers.items())
+            fired.append(identifier);
+        return identifiers.count() > 0;
+    };
     const Date target{clock_.now().secondsSince1970 + seconds};
-    const Value fired = fireUntil(target);
+    fire(target);
     clock_.reach(target);
+    // What the app did with them may have taken the clock further.
+    while (fire(clock_.now())) {
+    }
     return Value::dictionary({{"now", dateText(clock_.now())}, {"fired", fired}});
 }
 

@@ -43,12 +43,20 @@ struct Reading {
     double machine = 0;
 };
 
+// From the year 1 to the year 9999.
+constexpr double kFirstMoment = -62135596800.0;
+constexpr double kLastMoment = 253402300799.0;
+
+bool isMoment(double seconds) {
+    return seconds >= kFirstMoment && seconds <= kLastMoment;
+}
+
 std::optional<Reading> read(int descriptor) {
     std::array<char, 128> text{};
     const ssize_t size = pread(descriptor, text.data(), text.size() - 1, 0);
     Reading reading;
     if (size <= 0 || std::sscanf(text.data(), "%lf %lf", &reading.device, &reading.machine) != 2 ||
-        !std::isfinite(reading.device) || !std::isfinite(reading.machine)) {
+        !isMoment(reading.device) || !isMoment(reading.machine)) {
         return std::nullopt;
     }
     return reading;
@@ -76,6 +84,11 @@ Date DeviceClock::now() const {
     return {presentTime(read(file.get()))};
 }
 
+bool DeviceClock::isDamaged() const {
+    const LockedFile file(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+    return file.get() >= 0 && !read(file.get());
+}
+
 void DeviceClock::reach(Date date) const {
     const LockedFile file(open(file_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (file.get() < 0) {
@@ -83,7 +96,8 @@ void DeviceClock::reach(Date date) const {
                           std::generic_category().message(errno));
     }
     flock(file.get(), LOCK_EX);
-    const double present = std::max(presentTime(read(file.get())), date.secondsSince1970);
+    const double present =
+        std::min(std::max(presentTime(read(file.get())), date.secondsSince1970), kLastMoment);
     std::array<char, 128> text{};
     // Of a fixed width, so that a shorter text never leaves a longer one's end behind.
     const int size = std::snprintf(text.data(), text.size(), "%024.9f %024.9f\n", present,

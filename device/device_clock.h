@@ -14,7 +14,10 @@ public:
 
     /// The time now; for a new device the machine's.
     foundation::Date now() const;
-    /// Takes the clock ahead to the date, if it isn't there yet. Throws DeviceError.
+    /// Whether what was kept can't be read any more; the machine's time is taken then.
+    bool isDamaged() const;
+    /// Takes the clock ahead to the date, if it isn't there yet; to the end of the year 9999 at
+    /// most. Throws DeviceError.
     void reach(foundation::Date date) const;
 
 private:

@@ -129,9 +129,7 @@ DeviceFolder::DeviceFolder(std::string_view root) {
 
 void DeviceFolder::make() const {
     std::error_code error;
-    if (fs::exists(app() + "/CorvalenConfig.plist", error) && fs::exists(attachments(), error)) {
-        return;  // made last
-    }
+    if (fs::exists(attachments(), error)) return;  // made last
     if (error && error != std::errc::no_such_file_or_directory) {
         fail("look into", root_, error.message());
     }
@@ -139,18 +137,18 @@ void DeviceFolder::make() const {
     makePrivate(root_);
     // The mark of a device comes first: several commands may make it at once.
     makePrivate(system());
-    for (const std::string& folder :
-         {app(), root_ + "/groups", root_ + "/containers", attachments()}) {
+    writeIfMissing(mark(), "");
+    for (const std::string& folder : {app(), root_ + "/groups", root_ + "/containers"})
         makePrivate(folder);
-    }
     writeIfMissing(app() + "/Info.plist", kInfoPlist);
     writeIfMissing(app() + "/CorvalenConfig.plist", kConfigPlist);
+    makePrivate(attachments());
 }
 
 // Nobody's folder of other things becomes a device, or is emptied as one.
 void DeviceFolder::refuseOtherFolders() const {
     std::error_code error;
-    if (!fs::exists(root_, error) || fs::is_empty(root_, error) || fs::exists(system(), error)) {
+    if (!fs::exists(root_, error) || fs::is_empty(root_, error) || fs::exists(mark(), error)) {
         return;
     }
     throw DeviceError(root_ +

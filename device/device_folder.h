@@ -39,6 +39,8 @@ public:
     std::string clockFile() const { return system() + "/clock"; }
 
 private:
+    /// The file that says that the folder is a device.
+    std::string mark() const { return system() + "/tavrolin-device"; }
     void refuseOtherFolders() const;
 
     std::string root_;

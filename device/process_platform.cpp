@@ -130,6 +130,14 @@ void ProcessPlatform::install(const OwnPorts& ports, int logLevel) {
     CVNPushLogger::setDebugLevel(logLevel);
 }
 
+void ProcessPlatform::endSilentTransfersEvery(double seconds) {
+    adapters_->dispatch.deadlineMain(seconds, [this, seconds] {
+        // The next deadline counts from the end of these, or the clock would run away meanwhile.
+        adapters_->session.endSilentTransfers(
+            [this, seconds] { endSilentTransfersEvery(seconds); });
+    });
+}
+
 adapters::asio::AsioDispatch& ProcessPlatform::dispatch() {
     return adapters_->dispatch;
 }

@@ -40,6 +40,10 @@ public:
     SystemNotificationCenter makeNotificationCenter(
         std::function<void(const std::vector<std::string>&)> didRemove);
 
+    /// For a jumping clock: whenever so many seconds have passed and nothing else is left,
+    /// transfers that are silent have had their time. (A real clock leaves them the session's own.)
+    void endSilentTransfersEvery(double seconds);
+
     adapters::asio::AsioDispatch& dispatch();
     platform::RecordStores& recordStores();
     platform::PreferencesSuites& preferences();

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "device/device_error.h"
 
@@ -24,28 +25,69 @@ int lockFolder(const std::string& path, int how) {
     return -1;
 }
 
-void removeLeftovers(const fs::path& folder) {
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
-        const int lock = lockFolder(entry.path().string(), LOCK_EX | LOCK_NB);
-        if (lock < 0) continue;  // somebody's who is at work
-        fs::remove_all(entry.path(), error);
-        close(lock);
+class Lock {
+public:
+    explicit Lock(int descriptor) : descriptor_(descriptor) {}
+    ~Lock() {
+        if (descriptor_ >= 0) close(descriptor_);
     }
-}
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    int descriptor_;
+};
+
+// The folders that runs left, locked, as long as this lives.
+class Leftovers {
+public:
+    explicit Leftovers(const fs::path& folder) {
+        std::error_code error;
+        for (const auto& entry : fs::directory_iterator(folder, error)) {
+            const int lock = lockFolder(entry.path().string(), LOCK_EX | LOCK_NB);
+            if (lock < 0) {
+                isSomebodyAtWork_ = true;
+            } else {
+                left_.emplace_back(entry.path(), lock);
+            }
+        }
+    }
+    ~Leftovers() {
+        for (const auto& [path, lock] : left_)
+            close(lock);
+    }
+    Leftovers(const Leftovers&) = delete;
+    Leftovers& operator=(const Leftovers&) = delete;
+
+    bool areThere() const { return !left_.empty(); }
+    bool isSomebodyAtWork() const { return isSomebodyAtWork_; }
+    void remove() {
+        std::error_code error;
+        for (const auto& [path, lock] : left_)
+            fs::remove_all(path, error);
+    }
+
+private:
+    std::vector<std::pair<fs::path, int>> left_;
+    bool isSomebodyAtWork_ = false;
+};
 
 }  // namespace
 
-RunFolder::RunFolder(std::string path) : path_(std::move(path)), lock_(-1) {
+RunFolder::RunFolder(std::string path, const std::function<void()>& tidyUp)
+    : path_(std::move(path)), lock_(-1) {
     const fs::path parent = fs::path(path_).parent_path();
     std::error_code error;
     fs::create_directories(parent, error);
     // Between the making of a folder and its lock nobody may take it for a leftover.
-    const int all = lockFolder(parent.string(), LOCK_EX);
-    removeLeftovers(parent);
+    const Lock all(lockFolder(parent.string(), LOCK_EX));
+    if (Leftovers leftovers(parent); leftovers.areThere()) {
+        const bool isTidy = !tidyUp || !leftovers.isSomebodyAtWork();
+        if (tidyUp && isTidy) tidyUp();
+        if (isTidy) leftovers.remove();
+    }
     fs::create_directory(path_, error);
     lock_ = lockFolder(path_, LOCK_EX);
-    if (all >= 0) close(all);
     if (lock_ < 0) {
         throw DeviceError("can't make the folder " + path_ + (error ? ": " + error.message() : ""));
     }
@@ -53,7 +95,7 @@ RunFolder::RunFolder(std::string path) : path_(std::move(path)), lock_(-1) {
 
 RunFolder::~RunFolder() {
     std::error_code error;
-    fs::remove_all(path_, error);
+    if (!isLeft_) fs::remove_all(path_, error);
     close(lock_);
 }
 

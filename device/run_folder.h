@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace tavrolin::device {
@@ -8,17 +9,22 @@ namespace tavrolin::device {
 /// What runs left that were killed is removed when the next one begins.
 class RunFolder {
 public:
-    /// `path` is the run's folder; others of its kind lie beside it. Throws DeviceError.
-    explicit RunFolder(std::string path);
+    /// `path` is the run's folder; others of its kind lie beside it. `tidyUp` is called when some
+    /// were left and nobody is at work in one, before anybody else can begin; while somebody is,
+    /// those that were left wait. Throws DeviceError, also what `tidyUp` throws.
+    explicit RunFolder(std::string path, const std::function<void()>& tidyUp = {});
     ~RunFolder();
     RunFolder(const RunFolder&) = delete;
     RunFolder& operator=(const RunFolder&) = delete;
 
     const std::string& path() const { return path_; }
+    /// Leaves the folder behind, so that a later run tidies up.
+    void leave() { isLeft_ = true; }
 
 private:
     std::string path_;
     int lock_;
+    bool isLeft_ = false;
 };
 
 }  // namespace tavrolin::device

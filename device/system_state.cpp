@@ -178,7 +178,10 @@ void SystemState::inTransaction(Work work) {
 
 std::vector<TrayEntry> SystemState::tray() {
     const std::lock_guard lock(mutex_);
-    return entriesOf(checked(store().fetch(all(trayEntity()))), trayEntryOf);
+    // What is delivered at the same moment stays in the order of its coming.
+    FetchRequest request = all(trayEntity());
+    request.sortDescriptor = foundation::SortDescriptor{"deliveredAt", true};
+    return entriesOf(checked(store().fetch(request)), trayEntryOf);
 }
 
 std::optional<TrayEntry> SystemState::takeFromTray(const std::string& identifier) {

@@ -26,6 +26,7 @@ namespace {
 
 constexpr long kConnectionsPerServer = 10;
 constexpr long kConnections = 16;
+constexpr auto kSilence = std::chrono::seconds(1);  // after which a transfer holds no clock
 constexpr const char* kSystemCertificates = "/etc/ssl/certs";
 
 class DataBody : public Body {
@@ -103,6 +104,7 @@ public:
 
     void start(Shared transfer);
     void cancel(Shared transfer);
+    void endSilentNow(platform::Block done);
     void finish();  // cancels everything and waits for the thread
 
     platform::Dispatch& dispatch() { return dispatch_; }
@@ -111,6 +113,7 @@ private:
     struct Orders {
         std::vector<Shared> started;
         std::vector<Shared> cancelled;
+        std::vector<platform::Block> endingSilent;  // whom to tell when that is done
         bool isFinished = false;
     };
 
@@ -120,7 +123,7 @@ private:
     void add(Shared transfer);
     void end(CURL* handle, const Failure& error);
     void endCompleted();
-    void endSilent();
+    void endSilent(bool holdingNoClock);
     int millisecondsToNextDeadline() const;
     void wakeUp();
 
@@ -156,6 +159,15 @@ void CurlURLSession::Loop::cancel(Shared transfer) {
     const std::lock_guard lock(mutex_);
     if (orders_.isFinished || unavailable_) return;  // it is complete, or about to be
     orders_.cancelled.push_back(std::move(transfer));
+    wakeUp();
+}
+
+void CurlURLSession::Loop::endSilentNow(platform::Block done) {
+    const std::lock_guard lock(mutex_);
+    if (!thread_.joinable() || orders_.isFinished || unavailable_) {
+        return dispatch_.asyncGlobal(platform::QueuePriority::normal, std::move(done));
+    }
+    orders_.endingSilent.push_back(std::move(done));
     wakeUp();
 }
 
@@ -216,6 +228,7 @@ void CurlURLSession::Loop::drive(const CurlLibrary& library) {
             const std::lock_guard lock(mutex_);
             orders.started.swap(orders_.started);
             orders.cancelled.swap(orders_.cancelled);
+            orders.endingSilent.swap(orders_.endingSilent);
             orders.isFinished = orders_.isFinished;
         }
         for (Shared& transfer : orders.started)
@@ -231,7 +244,9 @@ void CurlURLSession::Loop::drive(const CurlLibrary& library) {
         int running = 0;
         library.multiPerform(multi_, &running);
         endCompleted();
-        endSilent();
+        endSilent(!orders.endingSilent.empty());
+        for (platform::Block& done : orders.endingSilent)
+            dispatch_.asyncGlobal(platform::QueuePriority::normal, std::move(done));
         library.multiPoll(multi_, nullptr, 0, millisecondsToNextDeadline(), nullptr);
     }
 }
@@ -266,11 +281,14 @@ void CurlURLSession::Loop::endCompleted() {
     }
 }
 
-void CurlURLSession::Loop::endSilent() {
+void CurlURLSession::Loop::endSilent(bool holdingNoClock) {
     const auto now = Transfer::Clock::now();
     std::vector<Shared> silent;
     for (const auto& [handle, transfer] : transfers_) {
-        if (transfer->deadline() <= now) silent.push_back(transfer);
+        if (transfer->deadline() <= now ||
+            (holdingNoClock && transfer->lastProgress() + kSilence <= now)) {
+            silent.push_back(transfer);
+        }
     }
     for (const Shared& transfer : silent)
         end(transfer->handle(), transfer->timedOut());
@@ -318,6 +336,10 @@ CurlURLSession::CurlURLSession(platform::Dispatch& dispatch, Configuration confi
 
 CurlURLSession::~CurlURLSession() {
     loop_->finish();
+}
+
+void CurlURLSession::endSilentTransfers(platform::Block done) {
+    loop_->endSilentNow(std::move(done));
 }
 
 std::shared_ptr<platform::URLSessionTask> CurlURLSession::dataTask(URLRequest request,

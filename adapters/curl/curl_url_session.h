@@ -35,6 +35,11 @@ public:
     /// Cancels what is under way.
     ~CurlURLSession() override;
 
+    /// Ends every transfer that has been silent for a second or longer and so holds no clock, as if
+    /// its time were up; then calls back on the dispatch's global queue. For those who know that on
+    /// a jumping clock it is.
+    void endSilentTransfers(platform::Block done);
+
     std::shared_ptr<platform::URLSessionTask> dataTask(platform::URLRequest request,
                                                        DataCompletion completion) override;
     std::shared_ptr<platform::URLSessionTask> downloadTask(foundation::URL url,

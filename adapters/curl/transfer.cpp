@@ -155,7 +155,8 @@ bool Transfer::hasHeader(std::string_view name) const {
 
 void Transfer::progress() {
     const double timeout = std::clamp(request_.timeoutInterval, 0.0, kLongestTimeout);
-    deadline_ = Clock::now() +
+    lastProgress_ = Clock::now();
+    deadline_ = lastProgress_ +
                 std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(timeout));
     if (hold_) hold_->progress();
 }

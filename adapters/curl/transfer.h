@@ -50,6 +50,7 @@ public:
 
     /// When it has been silent for as long as it may.
     Clock::time_point deadline() const { return deadline_; }
+    Clock::time_point lastProgress() const { return lastProgress_; }
     foundation::Failure timedOut() const;
 
     /// Why it failed; nothing when libcurl's result is a success.
@@ -89,6 +90,7 @@ private:
     foundation::Failure failure_;  // our own reason to stop
     std::uint64_t size_ = 0;
     std::uint64_t headerSize_ = 0;
+    Clock::time_point lastProgress_;
     Clock::time_point deadline_ = Clock::time_point::max();
 };
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
@@ -20,6 +21,7 @@ using platform::JSONText;
 namespace {
 
 constexpr std::size_t kWidestColumn = 44;
+constexpr std::size_t kLongestText = 1000;  // bytes
 constexpr std::size_t kPiece = std::size_t{64} * 1024;
 
 std::string json(const Value& value, JSONText::Style style) {
@@ -45,22 +47,32 @@ std::string styled(std::string_view text, std::string_view code) {
     return "\033[" + std::string(code) + "m" + std::string(text) + "\033[0m";
 }
 
+// How many bytes the character at the beginning has.
+std::size_t sequenceLength(std::string_view text) {
+    std::size_t length = 1;
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80)
+        ++length;
+    return length;
+}
+
+// Neither a control character nor one that breaks the line or turns the direction of what follows.
+bool isHarmless(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    if (character.size() == 1) return first >= 0x20 && first < 0x7F;
+    if (character.size() == 2 && first == 0xC2)
+        return static_cast<unsigned char>(character[1]) >= 0xA0;
+    static constexpr std::array<std::string_view, 14> kTurning = {
+        "\u2028", "\u2029", "\u061c", "\u200e", "\u200f", "\u202a", "\u202b",
+        "\u202c", "\u202d", "\u202e", "\u2066", "\u2067", "\u2068", "\u2069"};
+    return std::find(kTurning.begin(), kTurning.end(), character) == kTurning.end();
+}
+
 std::string bold(std::string_view text) {
     return styled(text, "1");
 }
 
 std::string dim(std::string_view text) {
     return styled(text, "2");
-}
-
-// A payload's text must not move the terminal's cursor.
-std::string harmless(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        result += byte < 0x20 || byte == 0x7f ? ' ' : c;
-    }
-    return result;
 }
 
 // What a person reads for a value: texts bare, collections as JSON.
@@ -159,13 +171,24 @@ std::vector<Row> pendingRows(const Value& entry) {
              shown(entry["identifier"])}};
 }
 
+std::string optionsText(std::int64_t options) {
+    std::string text;
+    const auto add = [&](bool applies, const char* what) {
+        if (applies) text += (text.empty() ? "" : ", ") + std::string(what);
+    };
+    add((options & 1) != 0, "asks to unlock");
+    add((options & 2) != 0, "destructive");
+    add((options & 4) != 0, "opens the app");
+    return text.empty() ? "-" : text;
+}
+
 // One for each of its actions.
 std::vector<Row> categoryRows(const Value& category) {
     std::vector<Row> rows;
     for (const Value& action : category["actions"].items()) {
         rows.push_back(
             {shown(category["identifier"]), shown(action["identifier"]), shown(action["title"]),
-             shown(action["options"]),
+             optionsText(action["options"].integerValue()),
              action["textInput"].isNull() ? "-" : shown(action["textInput"]["placeholder"])});
     }
     return rows;
@@ -194,6 +217,22 @@ std::string_view explained(std::string_view outcome) {
 }
 
 }  // namespace
+
+std::string harmless(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size() && result.size() < kLongestText;) {
+        const std::size_t length = sequenceLength(text.substr(at));
+        const std::string_view character = text.substr(at, length);
+        result += isHarmless(character) ? character : " ";
+        at += length;
+    }
+    if (text.size() > kLongestText) result += "…";
+    return result;
+}
+
+void printDone(std::string_view line) {
+    write(std::string(line) + "\n");
+}
 
 void print(const Value& result, bool asJSON, Printer printer) {
     if (asJSON) {
@@ -273,17 +312,44 @@ void printDelivery(const Value& result) {
     }
 }
 
+// A list's elements stand one below the other.
 void printDictionary(const Value& result) {
-    std::vector<Row> rows;
+    if (result.count() == 0) write("There is nothing.\n");
+    std::size_t width = 0;
     for (const auto& [key, value] : result.entries())
-        rows.push_back({shown(key), shown(value)});
-    printTable({"name", "value"}, std::move(rows), "There is nothing.");
+        width = std::max(width, characters(shown(key)));
+    for (const auto& [key, value] : result.entries()) {
+        const bool isList = value.isArray() && value.count() > 0;
+        const std::string name = shown(key);
+        const std::string gap(width - characters(name) + 2, ' ');
+        write(bold(name) + (isList ? "" : gap + shown(value)) + "\n");
+        if (!isList) continue;
+        for (const Value& element : value.items())
+            write("  " + shown(element) + "\n");
+    }
 }
 
 void printAppState(const Value& result) {
     const std::string_view state = result["app"].string();
     write(state == "stopped" ? "The app is stopped.\n"
                              : "The app is in the " + std::string(state) + ".\n");
+}
+
+void printFetch(const Value& result) {
+    printAppState(result);
+    const std::size_t pending = static_cast<std::size_t>(result["pending"].integerValue());
+    write(counted(pending, "request") + " pending (`tavrolin pending` shows them).\n");
+    if (!result["permitted"].boolValue()) {
+        write("Without permission nothing is scheduled: `tavrolin app permission grant`.\n");
+    }
+}
+
+void printPermission(const Value& result) {
+    static constexpr std::array<std::string_view, 5> kStatuses = {
+        "not decided", "denied", "granted", "provisional", "ephemeral"};
+    const auto status = static_cast<std::size_t>(result["permission"].integerValue());
+    write("The permission is " + std::string(kStatuses.at(status)) +
+          "; the app notices at its next start, foreground or request.\n");
 }
 
 void printRemoved(const Value& result) {

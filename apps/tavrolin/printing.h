@@ -50,10 +50,18 @@ private:
     bool isEmpty_ = true;
 };
 
+/// The text as it may go to a terminal: on one line, without anything that moves the cursor or
+/// turns the direction, and cut after some 1,000 bytes.
+std::string harmless(std::string_view text);
+
+/// One line for people.
+void printDone(std::string_view line);
 void printDelivery(const foundation::Value& result);
 void printDictionary(const foundation::Value& result);
 void printAppState(const foundation::Value& result);
 void printRemoved(const foundation::Value& result);
+void printFetch(const foundation::Value& result);
+void printPermission(const foundation::Value& result);
 void printFetchResult(const foundation::Value& result);
 void printBadge(const foundation::Value& result);
 void printTime(const foundation::Value& result);

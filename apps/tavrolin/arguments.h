@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <istream>
+#include <optional>
+#include <string>
+
+#include "device/device.h"
+#include "tavrolin/foundation/value.h"
+
+namespace tavrolin::apps {
+
+/// What the command line says, of whatever command.
+struct Arguments {
+    std::optional<std::string> device;
+    std::string time = "real";
+    int logLevel = 4;
+    bool json = false;
+    std::string file;
+    std::string identifier;
+    bool lines = false;
+    bool noLimit = false;
+    bool flushes = false;
+    std::string action;
+    std::optional<std::string> reply;
+    std::optional<std::string> payloadFile;
+    std::optional<std::string> normalFile;
+    std::optional<std::string> scheduledFile;
+    std::string text;
+    std::string key;
+    bool instant = false;
+
+    device::DeviceOptions options() const {
+        device::DeviceOptions result;
+        result.folder = device ? *device : device::defaultDeviceFolder();
+        result.time = time == "jump" ? device::TimeMode::jump : device::TimeMode::real;
+        result.logLevel = logLevel;
+        return result;
+    }
+    std::optional<std::size_t> limit() const {
+        return noLimit ? std::nullopt : std::optional(device::Device::kLargestPayload);
+    }
+    std::optional<std::string> id() const {
+        return identifier.empty() ? std::nullopt : std::optional(identifier);
+    }
+};
+
+/// A file, or standard input for "-". Throws DeviceError for what can't be read, and for more than
+/// any payload has.
+class Input {
+public:
+    explicit Input(const std::string& name);
+
+    std::string all();
+    /// False at the end.
+    bool line(std::string& text);
+
+private:
+    std::istream& stream();
+    void refuseMoreThan(std::size_t size) const;
+    void refuseBroken();
+
+    std::string name_;
+    std::ifstream file_;
+};
+
+// Checks, in the form that the command line wants: the complaint, or nothing.
+std::string notEmpty(const std::string& folder);
+std::string utf8(const std::string& text);
+std::string hexadecimal(const std::string& text);
+std::string duration(const std::string& text);
+
+/// Of what `hexadecimal` has checked.
+foundation::Value bytesOfHex(const std::string& text);
+/// "30s", "5m", "2h", "31d", or several of them joined, in seconds; nothing for anything else.
+std::optional<double> secondsOf(const std::string& text);
+
+}  // namespace tavrolin::apps
