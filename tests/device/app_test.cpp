@@ -270,6 +270,19 @@ TEST(App, ShowsWhatItScheduledWhenTheClockGetsThere) {
     EXPECT_EQ(device.look({"pending"}), Value::array());
 }
 
+TEST(App, SchedulesWithoutThePictureThatNeverComes) {
+    HTTPServer server;
+    server.reply("/silent.jpg", {.fault = HTTPReply::Fault::silence});
+    const TestDevice device;
+    device.look({"app", "launch"});
+    const Value push = scheduledPush("t-1", "2097-01-01T00:00:00",
+                                     Value::dictionary({{"mediaUrl", server.url("/silent.jpg")}}));
+    EXPECT_EQ(device.deliver(push)["fetchResult"], Value(0));
+    const Value pending = device.look({"pending"});
+    ASSERT_EQ(pending.count(), 1U);
+    EXPECT_EQ(pending.at(0)["content"]["attachments"].count(), 0U);
+}
+
 TEST(App, KeepsTheSoonestSixtyFourRequestsAndNamesTheOthers) {
     const TestDevice device;
     device.look({"app", "permission", "grant"});

@@ -16,6 +16,7 @@ namespace fs = std::filesystem;
 using foundation::Value;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 
 std::string nested(std::size_t levels) {
     return R"({"a":)" + std::string(levels, '[') + std::string(levels, ']') + "}";
@@ -142,6 +143,13 @@ TEST(CommandLine, TellsWrongUsageFromWhatCouldNotBeDone) {
     EXPECT_EQ(device.run({"--device", "", "tray"}).status, 2);
     EXPECT_EQ(device.run({"--log", "10", "tray"}).status, 2);
     EXPECT_EQ(device.run({"deliver", "--lines", "--id", "same", "-"}).status, 2);
+    EXPECT_THAT(device.run({"fly"}).errors, HasSubstr("fly"));
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"deliver", "--id", "\xff", "-"},
+                                               {"open", "\xff"},
+                                               {"core", "user-identity", "\xff"}}) {
+        EXPECT_EQ(device.run(arguments).status, 2) << arguments.front();
+    }
     EXPECT_EQ(device.run({"--help"}).status, 0);
     const ProgramResult missing = device.run({"deliver", device.folder() + "/missing.json"});
     EXPECT_EQ(missing.status, 1);
@@ -177,7 +185,7 @@ TEST(CommandLine, ShowsTheOthersBesideADamagedOne) {
     adapters::sqlite::SQLiteRecordStores stores;
     device::SystemState state(device::DeviceFolder(device.folder()), stores);
     for (const char* content : {"", "{", "5", "{} ", "{\"a\": }"})
-        state.putOnTray({"damaged " + std::string(content), {}, content});
+        state.putOnTray({"damaged " + std::string(content), {4e9}, content});
     for (const char* arguments : {"", "[]", "{\"id\": 12"})
         state.addCall({"event", arguments, {}});
     state.addCall({"event", "{}", {}});
@@ -202,10 +210,12 @@ TEST(CommandLine, EmptiesADeviceAndNothingElse) {
 
     const std::string other = device.folder() + "-other";
     writeFile(other + "/letters.txt", "dear reader");
+    writeFile(other + "/system/letters.txt", "dear reader");
     for (const char* command : {"reset", "tray"}) {
         const ProgramResult result = device.run({"--device", other, command});
         EXPECT_EQ(result.status, 1) << command;
         EXPECT_EQ(fileText(other + "/letters.txt"), "dear reader") << command;
+        EXPECT_EQ(fileText(other + "/system/letters.txt"), "dear reader") << command;
     }
 }
 
@@ -223,6 +233,47 @@ TEST(CommandLine, KeepsTheClockGoingForwardsFromCommandToCommand) {
     // Three holds of three seconds each went by, whatever the machine's clock says.
     const Value store = device.look({"store"});
     EXPECT_LT(store.at(0)["time"].string(), tray.at(0)["deliveredAt"].string());
+}
+
+TEST(CommandLine, BeginsADamagedClockAnew) {
+    const TestDevice device;
+    device.look({"advance", "31d"});
+    for (const char* text : {"1e300 0", "nan nan", "noon", ""}) {
+        writeFile(device.folder() + "/system/clock", text);
+        const ProgramResult result = device.run({"advance", "1s"});
+        EXPECT_EQ(result.status, 0) << text;
+        EXPECT_THAT(result.errors, HasSubstr("clock can't be read")) << text;
+        EXPECT_THAT(device.run({"advance", "1s"}).errors, Not(HasSubstr("clock"))) << text;
+    }
+}
+
+TEST(CommandLine, AddsUpTheTimeOfCommandsThatRunAtOnce) {
+    const TestDevice device;
+    const std::string before(device.look({"advance", "0s"})["now"].string());
+    std::vector<RunningProgram> programs;
+    for (int i = 0; i < 4; ++i)
+        programs.push_back(device.start({"advance", "365d"}));
+    for (RunningProgram& program : programs)
+        EXPECT_EQ(program.finish().status, 0);
+    const std::string after(device.look({"advance", "0s"})["now"].string());
+    EXPECT_GE(std::stoi(after) - std::stoi(before), 3) << before << " " << after;
+}
+
+TEST(CommandLine, RemovesTheFilesThatAKilledCommandLeft) {
+    const TestDevice device;
+    device.deliver(pushPayload("t-1"), {"--id", "kept"});
+    const std::string system = device.folder() + "/system";
+    writeFile(system + "/attachments/orphan/picture.jpg", "picture");
+    fs::create_directories(system + "/commands/killed");
+    device.look({"tray"});
+    EXPECT_FALSE(fs::exists(system + "/attachments/orphan"));
+    EXPECT_TRUE(fs::is_empty(system + "/commands"));
+}
+
+TEST(CommandLine, SendsNothingToATerminalThatMovesItsCursor) {
+    const TestDevice device;
+    const std::string errors = device.run({"open", "a\x1b[2J\xc2\x9b\nb"}).errors;
+    EXPECT_THAT(errors, HasSubstr("a [2J  b"));
 }
 
 TEST(CommandLine, WritesLogLinesToStandardErrorFromTheThresholdOn) {
