@@ -16,6 +16,7 @@ using foundation::Value;
 namespace {
 
 constexpr std::string_view kSettingAppState = "app";
+constexpr double kPatience = 70;  // more than a transfer has that never comes
 
 }  // namespace
 
@@ -68,6 +69,7 @@ AppRun AppLauncher::run(AppOrder order) {
     run.answers = Value::dictionary();
     process_.start = run.start;
     process_.run = randomIdentifier();
+    process_.patience = kPatience;
     const RunFolder temporary(folder_.temporaryFolder("app", process_.run));
     const ProcessEnd end =
         runProcess(process_, kAppProcess,

@@ -29,7 +29,6 @@ namespace {
 // In seconds of real time. A process that is stopped says nothing; one that is caught in a loop
 // lives and does nothing. Both are ended; the process's own clock is what ends it otherwise.
 constexpr double kSilenceLimit = 10;
-constexpr double kStandstillLimit = 35;
 constexpr int kChildDescriptor = 3;
 
 [[noreturn]] void fail(int error) {
@@ -69,10 +68,10 @@ private:
 
 class Conversation {
 public:
-    Conversation(Channel& channel, foundation::Date start,
+    Conversation(Channel& channel, const ProcessStart& start,
                  const std::function<void(const Value&)>& take)
-        : channel_(channel), take_(take) {
-        end_.at = start;
+        : channel_(channel), take_(take), patience_(start.patience) {
+        end_.at = start.start;
     }
 
     ProcessEnd hold() {
@@ -112,11 +111,12 @@ private:
     }
 
     bool standsStill() const {
-        return std::chrono::duration<double>(Clock::now() - lastMove_).count() > kStandstillLimit;
+        return std::chrono::duration<double>(Clock::now() - lastMove_).count() > patience_;
     }
 
     Channel& channel_;
     const std::function<void(const Value&)>& take_;
+    const double patience_;
     ProcessEnd end_;
     std::int64_t activity_ = -1;
     Clock::time_point lastMove_ = Clock::now();
@@ -148,7 +148,7 @@ ProcessEnd runProcess(const ProcessStart& start, const char* kind, Value message
     } catch (const foundation::Exception& exception) {
         throw DeviceError("can't hand that over: " + exception.reason());
     }
-    return Conversation(channel, start.start, take).hold();
+    return Conversation(channel, start, take).hold();
 }
 
 }  // namespace tavrolin::device

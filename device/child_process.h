@@ -22,7 +22,8 @@ struct ProcessStart {
     TimeMode time = TimeMode::real;
     foundation::Date start;
     int logLevel = 4;
-    std::string run;  // names the run's temporary folder, which is the caller's to remove
+    std::string run;       // names the run's temporary folder, which is the caller's to remove
+    double patience = 35;  // seconds of real time that it may go without doing anything
 };
 
 /// How a process ended.
@@ -34,8 +35,8 @@ struct ProcessEnd {
 
 /// Starts the program as a process of this kind, hands it the message, and listens until its end.
 /// `take` gets whatever it says of its own; raising `foundation::Exception` there means that it
-/// talks nonsense. Its death, its silence (10 seconds without a sign of life), standing still (35
-/// seconds without any work) and nonsense all end it, and are no proper end. Throws DeviceError
+/// talks nonsense. Its death, its silence (10 seconds without a sign of life), standing still
+/// beyond the patience, and nonsense all end it, and are no proper end. Throws DeviceError
 /// only when no process can be started, or the message is too large for it.
 ProcessEnd runProcess(const ProcessStart& start, const char* kind, foundation::Value message,
                       const std::function<void(const foundation::Value&)>& take);
