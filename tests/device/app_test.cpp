@@ -97,7 +97,12 @@ TEST(App, NoticesTheSystemsPermissionAtItsStartItsForegroundAndWhenItAsks) {
     const TestDevice fresh;
     fresh.look({"app", "request-permission"});
     EXPECT_THAT(eventIds(fresh), ElementsAre(84));
-    EXPECT_EQ(fresh.look({"outbox"})["remoteRegistrations"], Value(1));
+    fresh.look({"app", "permission", "deny"});
+    fresh.look({"app", "request-permission"});
+    EXPECT_THAT(eventIds(fresh), ElementsAre(84, 85));
+    const Value outbox = fresh.look({"outbox"});
+    EXPECT_EQ(outbox["remoteRegistrations"], Value(2));
+    EXPECT_EQ(outbox["doubleOptIn2Timestamps"].count(), 1U);
 }
 
 TEST(App, HandsTokensLinksAndDecisionsToTheCoreSDK) {
@@ -277,7 +282,9 @@ TEST(App, SchedulesWithoutThePictureThatNeverComes) {
     device.look({"app", "launch"});
     const Value push = scheduledPush("t-1", "2097-01-01T00:00:00",
                                      Value::dictionary({{"mediaUrl", server.url("/silent.jpg")}}));
-    EXPECT_EQ(device.deliver(push)["fetchResult"], Value(0));
+    const Value result = device.deliver(push);
+    EXPECT_EQ(result["fetchResult"], Value(0));
+    EXPECT_EQ(result["seconds"], Value(60)) << "of the device's clock";
     const Value pending = device.look({"pending"});
     ASSERT_EQ(pending.count(), 1U);
     EXPECT_EQ(pending.at(0)["content"]["attachments"].count(), 0U);
