@@ -1,7 +1,7 @@
 // What the library does with many notifications at once: the duplicate pass over a full tray beside
 // parsing the same payloads alone, and a silent fetch of 500 campaigns beside one of 50.
 
-#include <stdlib.h>
+#include <cstdlib>
 
 #include <cstdio>
 #include <filesystem>

@@ -4,7 +4,7 @@
 
 #include <benchmark/benchmark.h>
 #include <lmdb.h>
-#include <stdlib.h>
+#include <cstdlib>
 
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 // and the list of what is scheduled.
 
 #include <sqlite3.h>
-#include <stdlib.h>
+#include <cstdlib>
 
 #include <array>
 #include <cstdio>

@@ -4,7 +4,7 @@
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
-#include <stdlib.h>
+#include <cstdlib>
 
 #include <filesystem>
 #include <memory>
