@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "tavrolin/foundation/json.h"
 
@@ -70,6 +71,14 @@ Value valueOf(const dom::element& element) {
     return Value::null();
 }
 
+// The thread's own reader, or for a long text one made for it.
+Reader& readerFor(std::string_view text, std::optional<Reader>& once) {
+    if (text.size() > kKeptSize) return once.emplace(text.size());
+    static thread_local Reader kept(kKeptSize);
+    return kept;
+}
+
+// The root doesn't outlive the reader's next text.
 bool parseWith(Reader& reader, std::string_view text, dom::element& root) {
     if (!reader.isUsable || text.empty()) return false;
     std::memcpy(reader.buffer.get(), text.data(), text.size());
@@ -77,33 +86,19 @@ bool parseWith(Reader& reader, std::string_view text, dom::element& root) {
            simdjson::SUCCESS;
 }
 
-// Whether the text could be read; `take` gets its root then, which doesn't outlive the call.
-template <class Take>
-bool read(std::string_view text, const Take& take) {
-    dom::element root;
-    const auto readWith = [&](Reader& reader) {
-        if (!parseWith(reader, text, root)) return false;
-        take(root);
-        return true;
-    };
-    if (text.size() <= kKeptSize) {
-        static thread_local Reader kept(kKeptSize);
-        return readWith(kept);
-    }
-    Reader once(text.size());
-    return readWith(once);
-}
-
 }  // namespace
 
 foundation::Expected<Value> JSONText::parse(std::string_view text) const {
-    Value result;
-    if (read(text, [&](const dom::element& root) { result = valueOf(root); })) return result;
+    std::optional<Reader> once;
+    dom::element root;
+    if (parseWith(readerFor(text, once), text, root)) return valueOf(root);
     return foundation::valueWithJSON(text);
 }
 
 bool JSONText::isJSON(std::string_view text) const {
-    return read(text, [](const dom::element&) {}) ||
+    std::optional<Reader> once;
+    dom::element root;
+    return parseWith(readerFor(text, once), text, root) ||
            static_cast<bool>(foundation::valueWithJSON(text));
 }
 
