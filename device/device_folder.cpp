@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "device/device_error.h"
+#include "device/file_lock.h"
 
 namespace tavrolin::device {
 
@@ -133,9 +134,11 @@ void DeviceFolder::make() const {
     if (error && error != std::errc::no_such_file_or_directory) {
         fail("look into", root_, error.message());
     }
+    fs::create_directories(root_, error);
+    if (error) fail("make the folder", root_, error.message());
+    const FileLock alone(root_);  // several commands may make it at once
     refuseOtherFolders();
     makePrivate(root_);
-    // The mark of a device comes first: several commands may make it at once.
     makePrivate(system());
     writeIfMissing(mark(), "");
     for (const std::string& folder : {app(), root_ + "/groups", root_ + "/containers"})

@@ -11,8 +11,17 @@
 
 namespace tavrolin::device {
 
-FileLock::FileLock(const std::string& path)
-    : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+namespace {
+
+int openFileOrFolder(const std::string& path) {
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (file >= 0 || errno != EISDIR) return file;
+    return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
+}  // namespace
+
+FileLock::FileLock(const std::string& path) : descriptor_(openFileOrFolder(path)) {
     int result = descriptor_ < 0 ? -1 : flock(descriptor_, LOCK_EX);
     while (descriptor_ >= 0 && result != 0 && errno == EINTR)
         result = flock(descriptor_, LOCK_EX);

@@ -4,8 +4,8 @@
 
 namespace tavrolin::device {
 
-/// Keeps other processes out as long as it lives: waits for its turn. The file is made when it is
-/// missing, and stays.
+/// Keeps other processes out as long as it lives: waits for its turn. The path may be a folder's; a
+/// file is made when it is missing, and stays.
 class FileLock {
 public:
     /// Throws DeviceError.

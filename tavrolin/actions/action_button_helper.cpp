@@ -13,7 +13,6 @@
 
 namespace tavrolin {
 
-using foundation::Exception;
 using foundation::Value;
 using Helper = CVNActionButtonHelper;
 
