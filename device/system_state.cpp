@@ -1,5 +1,6 @@
 #include "device/system_state.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "device/device_error.h"
@@ -178,10 +179,12 @@ void SystemState::inTransaction(Work work) {
 
 std::vector<TrayEntry> SystemState::tray() {
     const std::lock_guard lock(mutex_);
+    auto entries = entriesOf(checked(store().fetch(all(trayEntity()))), trayEntryOf);
     // What is delivered at the same moment stays in the order of its coming.
-    FetchRequest request = all(trayEntity());
-    request.sortDescriptor = foundation::SortDescriptor{"deliveredAt", true};
-    return entriesOf(checked(store().fetch(request)), trayEntryOf);
+    std::stable_sort(entries.begin(), entries.end(), [](const TrayEntry& a, const TrayEntry& b) {
+        return a.deliveredAt < b.deliveredAt;
+    });
+    return entries;
 }
 
 std::optional<TrayEntry> SystemState::takeFromTray(const std::string& identifier) {
