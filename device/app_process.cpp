@@ -1,11 +1,10 @@
 #include "device/app_process.h"
 
-#include <functional>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "device/app_ports.h"
 #include "device/content_values.h"
@@ -167,6 +166,16 @@ private:
     std::shared_ptr<CoreSDK> coreSDK_;
 };
 
+// What the system can't do ends the app, and what it had not taken stays where it was.
+void takeOrEnd(SampleApp& app, const Value& step) {
+    try {
+        app.take(step);
+    } catch (const DeviceError& error) {
+        log(LogLevel::error, "-[SampleApp take:]", error.what());
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+
 void serve(Channel& channel, const Value& message) {
     ProcessLife life(channel, message, "app");
     ProcessPlatform& platform = life.platform();
@@ -190,11 +199,15 @@ void serve(Channel& channel, const Value& message) {
         dispatch.runMainUntilQuiet();
     }
     for (const Value& step : message[kMessageSteps].items()) {
-        dispatch.asyncMain([&] { app.take(step); });
+        dispatch.asyncMain([&] { takeOrEnd(app, step); });
         dispatch.runMainUntilQuiet();
     }
     if (!message[kMessageInForeground].boolValue()) {
-        dispatch.deadlineMain(kBackgroundBudget, [&] { dispatch.stop(); });
+        dispatch.deadlineMain(kBackgroundBudget, [&] {
+            log(LogLevel::warn, "-[SampleApp background]",
+                "The app's 30 seconds in the background are over; what it was doing is lost");
+            dispatch.stop();
+        });
     }
     dispatch.runMainUntilIdle();
     life.end();

@@ -5,7 +5,6 @@
 
 #include "device/app_process.h"
 #include "device/content_values.h"
-#include "device/core_sdk.h"
 #include "device/device.h"
 #include "device/device_error.h"
 #include "device/file_lock.h"

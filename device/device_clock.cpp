@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <optional>
 #include <string>

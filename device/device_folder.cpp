@@ -8,7 +8,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <system_error>
+#include <vector>
 
 #include "device/device_error.h"
 #include "device/file_lock.h"
@@ -130,7 +132,7 @@ DeviceFolder::DeviceFolder(std::string_view root) {
 
 void DeviceFolder::make() const {
     std::error_code error;
-    if (fs::exists(attachments(), error)) return;  // made last
+    if (fs::exists(mark(), error)) return;
     if (error && error != std::errc::no_such_file_or_directory) {
         fail("look into", root_, error.message());
     }
@@ -138,33 +140,54 @@ void DeviceFolder::make() const {
     if (error) fail("make the folder", root_, error.message());
     const FileLock alone(root_);  // several commands may make it at once
     refuseOtherFolders();
-    makePrivate(root_);
-    makePrivate(system());
-    writeIfMissing(mark(), "");
-    for (const std::string& folder : {app(), root_ + "/groups", root_ + "/containers"})
-        makePrivate(folder);
-    writeIfMissing(app() + "/Info.plist", kInfoPlist);
-    writeIfMissing(app() + "/CorvalenConfig.plist", kConfigPlist);
-    makePrivate(attachments());
+    fill();
 }
 
-// Nobody's folder of other things becomes a device, or is emptied as one.
+// What is there stays, but for what tells that nothing is missing: that comes last.
+void DeviceFolder::fill() const {
+    makePrivate(root_);
+    for (const std::string& folder :
+         {system(), attachments(), app(), root_ + "/groups", root_ + "/containers"}) {
+        makePrivate(folder);
+    }
+    writeIfMissing(app() + "/Info.plist", kInfoPlist);
+    writeIfMissing(app() + "/CorvalenConfig.plist", kConfigPlist);
+    writeIfMissing(mark(), "");
+}
+
+// Nobody's folder of other things becomes a device, or is emptied as one. A device is one from its
+// first step on, also when that was the last that its maker lived for.
 void DeviceFolder::refuseOtherFolders() const {
     std::error_code error;
-    if (!fs::exists(root_, error) || fs::is_empty(root_, error) || fs::exists(mark(), error)) {
-        return;
+    if (!fs::exists(root_, error) || fs::is_empty(root_, error)) return;
+    for (const std::string& own : {mark(), attachments(), stateFile()}) {
+        if (fs::exists(own, error)) return;
     }
+    const bool isOnlyBegun =
+        std::distance(fs::directory_iterator(root_, error), fs::directory_iterator()) == 1 &&
+        fs::is_directory(system(), error) && fs::is_empty(system(), error);
+    if (isOnlyBegun) return;
     throw DeviceError(root_ +
                       " holds something else than a device and was left alone; choose "
                       "another folder with --device");
 }
 
 void DeviceFolder::reset() const {
-    refuseOtherFolders();
     std::error_code error;
-    for (const char* part : {"app", "groups", "containers", "system"}) {
-        fs::remove_all(root_ + "/" + part, error);
-        if (error) fail("empty", root_ + "/" + part, error.message());
+    if (fs::exists(root_, error)) {
+        const FileLock alone(root_);
+        refuseOtherFolders();
+        // First what says that it is whole, last what says that it is a device.
+        std::vector<fs::path> parts = {mark(), app(), root_ + "/groups", root_ + "/containers"};
+        for (const char* folder : {"", "/attachments"}) {
+            for (const auto& entry : fs::directory_iterator(system() + folder, error)) {
+                if (entry.path() != attachments()) parts.push_back(entry.path());
+            }
+        }
+        for (const fs::path& part : parts) {
+            fs::remove_all(part, error);
+            if (error) fail("empty", part.string(), error.message());
+        }
     }
     make();
 }

@@ -39,8 +39,9 @@ public:
     std::string clockFile() const { return system() + "/clock"; }
 
 private:
-    /// The file that says that the folder is a device.
+    /// The file that says that nothing of the device is missing.
     std::string mark() const { return system() + "/tavrolin-device"; }
+    void fill() const;
     void refuseOtherFolders() const;
 
     std::string root_;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "device/device_error.h"
+#include "device/file_lock.h"
 
 namespace tavrolin::device {
 
@@ -24,19 +25,6 @@ int lockFolder(const std::string& path, int how) {
     if (descriptor >= 0) close(descriptor);
     return -1;
 }
-
-class Lock {
-public:
-    explicit Lock(int descriptor) : descriptor_(descriptor) {}
-    ~Lock() {
-        if (descriptor_ >= 0) close(descriptor_);
-    }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-private:
-    int descriptor_;
-};
 
 // The folders that runs left, locked, as long as this lives.
 class Leftovers {
@@ -80,7 +68,7 @@ RunFolder::RunFolder(std::string path, const std::function<void()>& tidyUp)
     std::error_code error;
     fs::create_directories(parent, error);
     // Between the making of a folder and its lock nobody may take it for a leftover.
-    const Lock all(lockFolder(parent.string(), LOCK_EX));
+    const FileLock all(parent.string());
     if (Leftovers leftovers(parent); leftovers.areThere()) {
         const bool isTidy = !tidyUp || !leftovers.isSomebodyAtWork();
         if (tidyUp && isTidy) tidyUp();

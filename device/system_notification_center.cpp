@@ -1,6 +1,5 @@
 #include "device/system_notification_center.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "device/content_values.h"
@@ -51,7 +50,7 @@ SystemNotificationCenter::SystemNotificationCenter(
       ownFiles_(std::move(ownFiles)),
       didRemove_(std::move(didRemove)) {}
 
-// --- Permission and categories ------------------------------------------------------------------
+// --- Permission and categories -----------------------------------------------------------------
 
 void SystemNotificationCenter::getAuthorizationStatus(
     std::function<void(platform::AuthorizationStatus)> completion) {
@@ -89,7 +88,7 @@ void SystemNotificationCenter::setNotificationCategories(
     });
 }
 
-// --- The tray -----------------------------------------------------------------------------------
+// --- The tray ----------------------------------------------------------------------------------
 
 std::vector<DeliveredNotification> SystemNotificationCenter::delivered() {
     std::vector<DeliveredNotification> result;
@@ -133,7 +132,7 @@ void SystemNotificationCenter::removeFiles(const std::string& content) {
     if (const auto value = json_.parse(content)) storage_.remove(*value);
 }
 
-// --- What waits ---------------------------------------------------------------------------------
+// --- What waits --------------------------------------------------------------------------------
 
 void SystemNotificationCenter::add(platform::NotificationRequest request) {
     const double seconds = request.trigger ? request.trigger->timeInterval() : 0;

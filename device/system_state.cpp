@@ -175,7 +175,7 @@ void SystemState::inTransaction(Work work) {
     check(open.commit());
 }
 
-// --- The tray -----------------------------------------------------------------------------------
+// --- The tray ----------------------------------------------------------------------------------
 
 std::vector<TrayEntry> SystemState::tray() {
     const std::lock_guard lock(mutex_);
@@ -228,7 +228,7 @@ std::vector<TrayEntry> SystemState::clearTray() {
     return removed;
 }
 
-// --- What waits ---------------------------------------------------------------------------------
+// --- What waits --------------------------------------------------------------------------------
 
 namespace {
 
@@ -286,7 +286,7 @@ std::optional<SystemState::Fired> SystemState::fireNext(foundation::Date until) 
     return fired;
 }
 
-// --- What the app has not taken yet -------------------------------------------------------------
+// --- What the app has not taken yet ------------------------------------------------------------
 
 bool SystemState::queueResponse(const std::string& identifier, const std::string& actionIdentifier,
                                 const std::optional<std::string>& userText) {
@@ -319,7 +319,7 @@ bool SystemState::takeResponse(std::int64_t number) {
     return isFirst;
 }
 
-// --- Settings and calls -------------------------------------------------------------------------
+// --- Settings and calls ------------------------------------------------------------------------
 
 std::optional<std::string> SystemState::setting(std::string_view key) {
     const std::lock_guard lock(mutex_);

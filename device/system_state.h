@@ -89,7 +89,7 @@ public:
     /// True for the first who takes it.
     bool takeResponse(std::int64_t number);
 
-    /// JSON text; nothing when it was never set.
+    /// A text, mostly JSON; nothing when it was never set.
     std::optional<std::string> setting(std::string_view key);
     void setSetting(std::string_view key, std::string_view value);
 

@@ -34,8 +34,7 @@ std::optional<std::uint8_t> digit(char c) {
 
 }  // namespace
 
-// --- Files
-// ----------------------------------------------------------------------------------------
+// --- Files -----------------------------------------------------------------------------------
 
 Input::Input(const std::string& name) : name_(name) {
     if (name == "-") return;
@@ -87,8 +86,7 @@ void Input::refuseBroken() {
     if (stream().bad()) throw DeviceError("can't read " + name_ + " to its end");
 }
 
-// --- Texts
-// ----------------------------------------------------------------------------------------
+// --- Texts -----------------------------------------------------------------------------------
 
 std::string notEmpty(const std::string& folder) {
     return folder.empty() ? "the folder's name is empty" : "";

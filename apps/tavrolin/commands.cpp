@@ -104,8 +104,7 @@ void Commands::addOptions(CLI::App& app) {
     app.add_flag("--json", arguments_.json, "print JSON, for scripts");
 }
 
-// --- Pushes
-// ---------------------------------------------------------------------------------------
+// --- Pushes ----------------------------------------------------------------------------------
 
 void Commands::addPushes(CLI::App& app) {
     CLI::App* deliver = add(app, "deliver", "hand a payload to the device",
@@ -151,8 +150,7 @@ int Commands::deliverLines() {
     return status;
 }
 
-// --- Looking
-// --------------------------------------------------------------------------------------
+// --- Looking ---------------------------------------------------------------------------------
 
 void Commands::addLooking(CLI::App& app) {
     add(app, "tray", "what lies on the tray, oldest first",
@@ -173,8 +171,7 @@ void Commands::addLooking(CLI::App& app) {
     })->add_flag("--flushes", arguments_.flushes, "how often it was asked to send them");
 }
 
-// --- The user
-// -------------------------------------------------------------------------------------
+// --- The user --------------------------------------------------------------------------------
 
 void Commands::addUser(CLI::App& app) {
     addIdentifier(addAct(
@@ -203,8 +200,7 @@ void Commands::addUser(CLI::App& app) {
         [](Device& device) { return device.clear(); }, printRemoved);
 }
 
-// --- The app
-// --------------------------------------------------------------------------------------
+// --- The app ---------------------------------------------------------------------------------
 
 void Commands::addApp(CLI::App& app) {
     CLI::App& commands = *app.add_subcommand("app", "act on the app, which is started for it");
@@ -316,8 +312,7 @@ void Commands::addAppDecisions(CLI::App& app) {
             [] { return step(device::kStepResetDoubleOptIn); });
 }
 
-// --- The device
-// -----------------------------------------------------------------------------------
+// --- The device ------------------------------------------------------------------------------
 
 void Commands::addDevice(CLI::App& app) {
     addAct(

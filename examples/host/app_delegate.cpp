@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
-#include <optional>
 
 #include "tavrolin/core/corvalen_handler.h"
 #include "tavrolin/core/push_preferences_manager.h"

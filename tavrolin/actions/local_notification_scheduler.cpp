@@ -46,7 +46,7 @@ Value collapseKeyOf(const Scheduler::Payload& payload) {
     return foundation::stringOrEmpty(key).empty() ? Value() : key;
 }
 
-// --- One request --------------------------------------------------------------------------------
+// --- One request -------------------------------------------------------------------------------
 
 std::optional<Date> dateIn(const Value& text) {
     return text.isString() ? CVNPushDateUtility::dateFromString(text) : std::nullopt;
@@ -106,7 +106,7 @@ void prepareAndSchedule(const Scheduler::Payload& payload, std::uint64_t campaig
     if (!isPrepared) outcome(false);
 }
 
-// --- Many requests ------------------------------------------------------------------------------
+// --- Many requests -----------------------------------------------------------------------------
 
 // Collects what was scheduled of so many requests, and marks it in the store in one transaction
 // once the last of them has ended. Threads: any.

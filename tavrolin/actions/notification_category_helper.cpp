@@ -72,7 +72,7 @@ std::uint64_t optionsOf(const CVNActionItems& item) {
 
 }  // namespace
 
-// --- The configuration ---------------------------------------------------------------------------
+// --- The configuration -------------------------------------------------------------------------
 
 Value CVNNotificationCategoryHelper::getCategoriesFromCorvalenConfigFile() {
     static constexpr std::string_view kOperation =
@@ -121,7 +121,7 @@ Helper::Categories CVNNotificationCategoryHelper::getUserDefinedNotificationCate
     return categories;
 }
 
-// --- The old list --------------------------------------------------------------------------------
+// --- The old list ------------------------------------------------------------------------------
 
 Helper::Categories CVNNotificationCategoryHelper::createNotificationCategoryArray(
     const Value& list) {
@@ -157,7 +157,7 @@ CVNNotificationCategoryHelper::createNotificationActionButtonsFromActionArray(co
     return actions;
 }
 
-// --- The new list --------------------------------------------------------------------------------
+// --- The new list ------------------------------------------------------------------------------
 
 Helper::Categories CVNNotificationCategoryHelper::createNewNotificationCategoryArray(
     const Value& list) {

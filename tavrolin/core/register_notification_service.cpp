@@ -41,7 +41,7 @@ void keepToken(const Value& token, const Value& old) {
 
 }  // namespace
 
-// --- Asking for permission and a token -----------------------------------------------------------
+// --- Asking for permission and a token ---------------------------------------------------------
 
 void CVNRegisterNotficationService::registerForPushWithRequestAuthorizationWithOptions(
     std::uint64_t options) {
@@ -73,7 +73,7 @@ void CVNRegisterNotficationService::registerForRemoteNotifications() {
     dispatchToMainQueue([] { platform::current().application->registerForRemoteNotifications(); });
 }
 
-// --- The token -----------------------------------------------------------------------------------
+// --- The token ---------------------------------------------------------------------------------
 
 void CVNRegisterNotficationService::didRegisterForRemoteNotificationsWithDeviceToken(
     const Value& token) {
@@ -118,7 +118,7 @@ void CVNRegisterNotficationService::didFailToRegisterForRemoteNotificationsWithE
     send(kEventTokenFailed);
 }
 
-// --- The permission ------------------------------------------------------------------------------
+// --- The permission ----------------------------------------------------------------------------
 
 void CVNRegisterNotficationService::getCurrentNotificationSettingsWithCompletionHandler(
     std::function<void(bool granted)> completion) {
@@ -153,7 +153,7 @@ void CVNRegisterNotficationService::recordPushNotificationPermission(bool grante
     Preferences::setDateTimeForLastNotificationPermissionEvent(now());
 }
 
-// --- The categories ------------------------------------------------------------------------------
+// --- The categories ----------------------------------------------------------------------------
 
 void CVNRegisterNotficationService::setUserActionCategoriesForNotification() {
     using Helper = CVNNotificationCategoryHelper;

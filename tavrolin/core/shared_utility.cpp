@@ -8,7 +8,6 @@
 #include "tavrolin/core/plist_utility.h"
 #include "tavrolin/core/push_preferences.h"
 #include "tavrolin/core/push_preferences_manager.h"
-#include "tavrolin/foundation/exception.h"
 #include "tavrolin/foundation/utf8.h"
 #include "tavrolin/platform/dispatch.h"
 #include "tavrolin/platform/platform.h"
@@ -73,7 +72,7 @@ void CVNSharedUtility::getNotificationAuthStatusWithCompleted(
         });
 }
 
-// --- Texts ---------------------------------------------------------------------------------------
+// --- Texts -------------------------------------------------------------------------------------
 
 bool CVNSharedUtility::isEmptyString(const Value& object) {
     return foundation::stringOrEmpty(object).empty();
@@ -87,7 +86,7 @@ Value CVNSharedUtility::stringWithoutBlanks(const Value& string) {
     return string.isString() ? Value(foundation::trimmed(string.string())) : string;
 }
 
-// --- What the user did in the expanded view ------------------------------------------------------
+// --- What the user did in the expanded view ----------------------------------------------------
 
 bool CVNSharedUtility::isRatingGiven() const {
     return !CVNPushPreferencesManager::getRatingValue().isNil();

@@ -16,7 +16,6 @@
 #include "tavrolin/events/event_vocabulary.h"
 #include "tavrolin/events/notification_response_service.h"
 #include "tavrolin/payload/notification_parser.h"
-#include "tavrolin/payload/payload_keys.h"
 #include "tavrolin/platform/dispatch.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/service_extension/push_file_utility.h"
@@ -178,11 +177,7 @@ bool Tavrolin::hasOptedPushNotification() {
 }
 
 bool Tavrolin::isNotificationFromCorvalen(const Value& payload) {
-    bool result = false;
-    guard("-[Tavrolin isNotificationFromCorvalen:]",
-          "Push notification source could not be identified due to exception: %@",
-          [&] { result = hasCorvalenSource(payload); });
-    return result;
+    return isFromCorvalen(payload, "-[Tavrolin isNotificationFromCorvalen:]");
 }
 
 void Tavrolin::initiateNotificationDoubleOptIn() {

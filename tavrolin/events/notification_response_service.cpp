@@ -14,15 +14,6 @@ namespace {
 constexpr std::string_view kWillPresent =
     "+[CVNNotificationResponseService willPresentForegroundNotification:]";
 
-// As the facade asks it, which calls this room and can't be called from it.
-bool isNotificationFromCorvalen(const Value& payload) {
-    bool result = false;
-    guard("-[Tavrolin isNotificationFromCorvalen:]",
-          "Push notification source could not be identified due to exception: %@",
-          [&] { result = hasCorvalenSource(payload); });
-    return result;
-}
-
 }  // namespace
 
 void Service::didReceiveNotificationResponse(const platform::NotificationResponse& response,
@@ -43,7 +34,8 @@ void Service::willPresentForegroundNotification(
     log(LogLevel::verbose, kWillPresent, "Handle push from foreground");
     log(LogLevel::info, kWillPresent,
         formatMessage("Notification payload received with app in foreground : %@", {userInfo}));
-    if (!isNotificationFromCorvalen(userInfo)) return;
+    // As the facade asks it, which calls this room and can't be called from it.
+    if (!isFromCorvalen(userInfo, "-[Tavrolin isNotificationFromCorvalen:]")) return;
     const auto model = CVNNotificationParser::parseNotificationPayloadDictionary(userInfo);
     const Value payload = model ? model->toNSDictionary() : Value();
     foundation::NotificationCenter::defaultCenter().postNotificationName(

@@ -68,14 +68,19 @@ bool hasCorvalenSource(const Value& payload) {
     return source.isString() && equalIgnoringCase(source.string(), kPNApnSourceValue);
 }
 
-// --- Questions ----------------------------------------------------------------------------------
+bool isFromCorvalen(const Value& payload, std::string_view operation,
+                    const std::source_location& where) {
+    bool ours = false;
+    guard(
+        operation, "Push notification source could not be identified due to exception: %@",
+        [&] { ours = hasCorvalenSource(payload); }, LogLevel::fatal, where);
+    return ours;
+}
+
+// --- Questions ---------------------------------------------------------------------------------
 
 bool CVNNotificationParser::isNotificationFromCorvalen(const Value& payload) {
-    bool ours = false;
-    guard("+[CVNNotificationParser isNotificationFromCorvalen:]",
-          "Push notification source could not be identified due to exception: %@",
-          [&] { ours = hasCorvalenSource(payload); });
-    return ours;
+    return isFromCorvalen(payload, "+[CVNNotificationParser isNotificationFromCorvalen:]");
 }
 
 bool CVNNotificationParser::isSilentNotificationFromCorvalen(const Value& options) {
@@ -92,7 +97,7 @@ bool CVNNotificationParser::isSilentNotification(const Value& options) {
     }
 }
 
-// --- The whole payload --------------------------------------------------------------------------
+// --- The whole payload -------------------------------------------------------------------------
 
 Ref<CVNNotificationPayloadModel> CVNNotificationParser::parseNotificationPayloadDictionary(
     const Value& payload) {
@@ -115,7 +120,7 @@ Ref<CVNNotificationPayloadModel> CVNNotificationParser::parseNotificationPayload
     return model;
 }
 
-// --- "aps" --------------------------------------------------------------------------------------
+// --- "aps" -------------------------------------------------------------------------------------
 
 Ref<CVNAps> CVNNotificationParser::parseAPSDictionary(const Value& aps) {
     auto record = std::make_shared<CVNAps>();
@@ -141,7 +146,7 @@ Ref<CVNAlert> CVNNotificationParser::parseAlertDictionary(const Value& alert) {
     return record;
 }
 
-// --- "cvnPayload" -------------------------------------------------------------------------------
+// --- "cvnPayload" ------------------------------------------------------------------------------
 
 namespace {
 
@@ -272,7 +277,7 @@ std::vector<Ref<CVNCarousel>> CVNNotificationParser::parseCarouselList(const Val
     return records;
 }
 
-// --- "cvnUi" ------------------------------------------------------------------------------------
+// --- "cvnUi" -----------------------------------------------------------------------------------
 
 Ref<CVNUi> CVNNotificationParser::parseUiDictionary(const Value& ui) {
     auto record = std::make_shared<CVNUi>();
@@ -346,7 +351,7 @@ std::vector<Ref<CVNRatingButton>> CVNNotificationParser::parseRatingButtonList(c
     return records;
 }
 
-// --- Attribution --------------------------------------------------------------------------------
+// --- Attribution -------------------------------------------------------------------------------
 
 namespace {
 

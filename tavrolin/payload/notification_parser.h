@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <source_location>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ inline constexpr std::string_view UIApplicationLaunchOptionsRemoteNotificationKe
 /// Whether the payload's source marker is this system's, in any case. Raises for what is no
 /// payload.
 bool hasCorvalenSource(const foundation::Value& payload);
+/// The same for the operation of this name: when that raises, logs it and gives false.
+bool isFromCorvalen(const foundation::Value& payload, std::string_view operation,
+                    const std::source_location& where = std::source_location::current());
 
 /// Turns a push's user info into records.
 ///

@@ -219,6 +219,22 @@ TEST(CommandLine, EmptiesADeviceAndNothingElse) {
     }
 }
 
+TEST(CommandLine, GoesOnWithADeviceThatWasHalfMadeOrHalfEmptied) {
+    for (const char* left : {"system", "system/attachments", "system/State.sqlite"}) {
+        const TestDevice device;
+        const std::string path = device.folder() + "/" + left;
+        if (std::string_view(left).ends_with("sqlite")) {
+            writeFile(path, "");
+        } else {
+            fs::create_directories(path);
+        }
+        EXPECT_EQ(device.look({"tray"}), Value::array()) << left;
+        EXPECT_TRUE(fs::exists(device.folder() + "/app/Info.plist")) << left;
+        EXPECT_EQ(device.run({"reset"}).status, 0) << left;
+        EXPECT_EQ(device.look({"tray"}), Value::array()) << left;
+    }
+}
+
 TEST(CommandLine, KeepsTheClockGoingForwardsFromCommandToCommand) {
     const TestDevice device;
     Value payload = pushPayload("t-1");
