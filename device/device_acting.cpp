@@ -21,6 +21,15 @@ namespace tavrolin::device {
 using foundation::Date;
 using foundation::Value;
 
+namespace {
+
+[[noreturn]] void failWithout(const std::string& identifier) {
+    throw DeviceError("there is no notification " + identifier +
+                      " on the tray (`tavrolin tray` shows what is)");
+}
+
+}  // namespace
+
 ProcessStart Device::processStart() const {
     return {.executable = options_.executable,
             .folder = folder_.root(),
@@ -35,10 +44,7 @@ ProcessStart Device::processStart() const {
 Value Device::respond(const std::string& identifier, const std::string& actionIdentifier,
                       const std::optional<std::string>& userText) {
     SystemState& state = platform_->systemState();
-    if (!state.queueResponse(identifier, actionIdentifier, userText)) {
-        throw DeviceError("there is no notification " + identifier +
-                          " on the tray (`tavrolin tray` shows what is)");
-    }
+    if (!state.queueResponse(identifier, actionIdentifier, userText)) failWithout(identifier);
     const AppRun run = runApp({.comesForward = true});
     return Value::dictionary({{"app", name(run.state)}});
 }
@@ -54,10 +60,7 @@ Value Device::removed(const std::vector<TrayEntry>& entries) {
 
 Value Device::dismiss(const std::string& identifier) {
     const auto entries = platform_->systemState().removeFromTray({identifier});
-    if (entries.empty()) {
-        throw DeviceError("there is no notification " + identifier +
-                          " on the tray (`tavrolin tray` shows what is)");
-    }
+    if (entries.empty()) failWithout(identifier);
     return removed(entries);
 }
 
