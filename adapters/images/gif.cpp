@@ -248,6 +248,9 @@ public:
         if (index >= count()) return std::nullopt;
         return timings_[index];
     }
+    std::uint32_t width() const override { return canvas_ ? canvas_->image().width : 0; }
+    std::uint32_t height() const override { return canvas_ ? canvas_->image().height : 0; }
+    ImageRef imageFitting(std::uint32_t, std::uint32_t) override { return imageAtIndex(0); }
 
 private:
     // Counts the frames without decoding them.

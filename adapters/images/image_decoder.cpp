@@ -55,6 +55,15 @@ public:
         return index == 0 ? decode_(*bytes_) : nullptr;
     }
     std::optional<GIFTiming> gifTimingAtIndex(std::size_t) override { return std::nullopt; }
+    std::uint32_t width() const override {
+        const ImageRef image = decode_(*bytes_);
+        return image ? image->width : 0;
+    }
+    std::uint32_t height() const override {
+        const ImageRef image = decode_(*bytes_);
+        return image ? image->height : 0;
+    }
+    ImageRef imageFitting(std::uint32_t, std::uint32_t) override { return decode_(*bytes_); }
 
 private:
     std::unique_ptr<ByteSource> bytes_;

@@ -14,6 +14,11 @@ public:
         return std::make_shared<platform::Image>(
             platform::Image{1, 1, std::vector<std::uint8_t>(4)});
     }
+    std::uint32_t width() const override { return 1; }
+    std::uint32_t height() const override { return 1; }
+    platform::ImageRef imageFitting(std::uint32_t, std::uint32_t) override {
+        return imageAtIndex(0);
+    }
     std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) override {
         if (index > 0 || kind_ != PictureKind::gif) return std::nullopt;
         return GIFTiming{0.1, 0.1};

@@ -32,6 +32,15 @@ public:
     virtual ~ImageSource() = default;
 
     virtual std::size_t count() const = 0;
+    /// The first image's size in pixels as it is shown: what the file says, with a photo's
+    /// orientation applied. Nothing is decoded for it.
+    virtual std::uint32_t width() const = 0;
+    virtual std::uint32_t height() const = 0;
+    /// The first image as it is shown, scaled down to at most so many pixels each way (its own size
+    /// where that is smaller; 0 counts as 1); null when it can't be decoded. A picture of which the
+    /// end is missing comes as far as it goes. Memory grows with what comes back, not with the
+    /// file's picture.
+    virtual ImageRef imageFitting(std::uint32_t width, std::uint32_t height) = 0;
     /// The whole canvas as it stands at this frame; null when the frame can't be decoded. The
     /// pixels are the caller's; going forward is cheap, going back starts again.
     virtual ImageRef imageAtIndex(std::size_t index) = 0;

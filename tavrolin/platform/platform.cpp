@@ -44,4 +44,13 @@ const Platform& current() {
     return installed;
 }
 
+const DrawingPorts& drawing() {
+    const DrawingPorts& ports = current().drawing;
+    require(ports.htmlImporter, "platform::drawing: no HTML-importer port");
+    require(ports.languageRecognizer, "platform::drawing: no language-recognizer port");
+    require(ports.mediaPlayers, "platform::drawing: no media-players port");
+    require(ports.typesetter, "platform::drawing: no typesetter port");
+    return ports;
+}
+
 }  // namespace tavrolin::platform

@@ -22,7 +22,7 @@ ROOMS = {
     "core": {"foundation", "platform", "payload", "events/event_vocabulary", "store/core_data_controller",
              "store/notification_persistence_service", "service_extension/push_file_utility",
              "actions/notification_category_helper", "actions/local_notification_scheduler",
-             "actions/notification_helper", "events/notification_response_service"},
+             "actions/notification_helper", "events/notification_response_service", "ui/label"},
     "payload": {"foundation", "platform", "core", "events/date_utility", "service_extension/push_file_utility"},
     "events": {"foundation", "platform", "core", "payload", "store", "actions"},
     "store": {"foundation", "platform", "core", "payload", "events/date_utility", "events/event_vocabulary"},
@@ -30,7 +30,8 @@ ROOMS = {
     "service_extension": {"foundation", "platform", "core", "payload", "events", "store", "network",
                           "actions/notification_categories"},
     "actions": {"foundation", "platform", "core", "payload", "events", "store", "service_extension"},
-    "content_ui": {"foundation", "platform", "ui", "core", "payload", "events", "network"},
+    "content_ui": {"foundation", "platform", "ui", "core", "payload", "events", "actions",
+                   "service_extension/gif_image_utility"},
 }
 ADAPTERS_MAY = {"foundation", "platform"}
 

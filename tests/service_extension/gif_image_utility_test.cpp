@@ -22,6 +22,9 @@ public:
     std::size_t count() const override { return timings_.size(); }
     ImageRef imageAtIndex(std::size_t index) override { return images[index]; }
     Timing gifTimingAtIndex(std::size_t index) override { return timings_[index]; }
+    std::uint32_t width() const override { return 1; }
+    std::uint32_t height() const override { return 1; }
+    ImageRef imageFitting(std::uint32_t, std::uint32_t) override { return images.front(); }
 
     std::vector<ImageRef> images;
 

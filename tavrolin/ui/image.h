@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tavrolin/platform/bundle.h"
+#include "tavrolin/platform/geometry.h"
+#include "tavrolin/platform/image_decoder.h"
+
+namespace tavrolin::ui {
+
+/// A picture to show: a still one, which is decoded when it is drawn and at the size that is shown,
+/// or frames one after the other. One thread at a time.
+class Image {
+public:
+    /// Null when there is no source or the file is no picture. `name` is what the tree prints.
+    static std::shared_ptr<Image> withSource(std::unique_ptr<platform::ImageSource> source,
+                                             std::string_view name, double scale = 1);
+    /// The picture of an asset's name ("star" from "star@3x.png", "star@2x.png", "star.png": the
+    /// first that is enough for `displayScale`, else the largest); null when there is none.
+    static std::shared_ptr<Image> named(std::string_view name, const platform::Bundle& bundle,
+                                        double displayScale);
+    /// Each frame is shown for the same share of `duration` seconds, again and again; the first for
+    /// ever where the duration is not above 0. Null without frames.
+    static std::shared_ptr<Image> animated(std::vector<platform::ImageRef> frames, double duration,
+                                           std::string_view name);
+    virtual ~Image() = default;
+
+    const std::string& name() const { return name_; }
+    virtual platform::Size size() const = 0;  // in points; never 0
+    virtual bool isAnimated() const { return false; }
+    /// The pixels to draw on so many, `elapsed` seconds after it came on screen; null when they
+    /// can't be decoded. Kept until another size is asked for.
+    virtual platform::ImageRef pixels(platform::Size shownPixels, double elapsed) = 0;
+
+protected:
+    explicit Image(std::string_view name) : name_(name) {}
+
+private:
+    std::string name_;
+};
+
+}  // namespace tavrolin::ui

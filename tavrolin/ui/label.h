@@ -1,0 +1,58 @@
+#pragma once
+
+#include "tavrolin/platform/styled_text.h"
+#include "tavrolin/platform/typesetter.h"
+#include "tavrolin/ui/view.h"
+
+namespace tavrolin::ui {
+
+/// Shows a text. Where it is narrower than the text, lines break at words; what goes beyond the
+/// limit of lines, or beyond the label's height, ends as the line-break mode says.
+///
+/// Styled text wins over plain text; setting one clears the other. Properties of interface files:
+/// text, fontSize, bold, textColor, alignment, numberOfLines, lineBreakMode.
+class Label : public View {
+public:
+    Label();
+    std::string_view className() const override { return "Label"; }
+
+    /// Plain text in the label's font and colour; what is shown as plain text of either kind.
+    const std::string& text() const;
+    void setText(std::string_view text);
+    const std::optional<platform::StyledText>& attributedText() const { return attributedText_; }
+    void setAttributedText(std::optional<platform::StyledText> text);
+
+    const platform::Font& font() const { return font_; }
+    void setFont(const platform::Font& font);
+    const DynamicColor& textColor() const { return textColor_; }
+    void setTextColor(const DynamicColor& color);
+    platform::TextAlignment textAlignment() const { return alignment_; }
+    void setTextAlignment(platform::TextAlignment alignment);
+    int numberOfLines() const { return numberOfLines_; }  // 0: any number
+    void setNumberOfLines(int lines);
+    platform::LineBreakMode lineBreakMode() const { return lineBreakMode_; }
+    void setLineBreakMode(platform::LineBreakMode mode);
+
+    platform::Size intrinsicContentSize(double availableWidth) const override;
+    bool setProperty(std::string_view name, const foundation::Value& value) override;
+    void describe(foundation::Value& dictionary) const override;
+
+protected:
+    void drawContent(platform::Canvas& canvas) const override;
+
+private:
+    const platform::TextLayout& layoutFor(double width, double height) const;
+    void changed();
+
+    std::string text_;
+    std::optional<platform::StyledText> attributedText_;
+    platform::Font font_;
+    DynamicColor textColor_ = palette::label;
+    platform::TextAlignment alignment_ = platform::TextAlignment::natural;
+    int numberOfLines_ = 1;
+    platform::LineBreakMode lineBreakMode_ = platform::LineBreakMode::truncatingTail;
+    struct Set;
+    mutable std::unique_ptr<Set> set_;  // what was last set, and for which width
+};
+
+}  // namespace tavrolin::ui
