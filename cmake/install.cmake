@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/tavrolin-3)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Tavrolin)
-set(resources ${CMAKE_INSTALL_DATADIR}/tavrolin)
+set(resources ${CMAKE_INSTALL_DATADIR}/tavrolin/resources)
 
 set_target_properties(tavrolin_memory PROPERTIES EXPORT_NAME memory)
 install(TARGETS tavrolin tavrolin_memory EXPORT TavrolinTargets)
@@ -29,4 +29,8 @@ endforeach()
 
 if(TARGET tavrolin_app)
   install(TARGETS tavrolin_app)
+  install(DIRECTORY device/sample_app/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tavrolin/sample-app)
+endif()
+if(TARGET tavrolin_content_extension_app)
+  install(TARGETS tavrolin_content_extension_app DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/tavrolin)
 endif()

@@ -92,25 +92,42 @@ NotificationContent contentOf(const Value& value) {
     return content;
 }
 
-Value valueOf(const std::vector<platform::NotificationCategory>& categories) {
-    const auto actionForm = [](const platform::NotificationAction& action) {
+Value valueOf(const std::vector<platform::NotificationAction>& actions) {
+    Value result = Value::array();
+    for (const platform::NotificationAction& action : actions) {
         const auto& input = action.textInput;
-        return Value::dictionary(
+        result.append(Value::dictionary(
             {{"identifier", action.identifier},
              {"title", action.title},
              {"options", action.options},
              {"textInput", input ? Value::dictionary({{"buttonTitle", input->buttonTitle},
                                                       {"placeholder", input->placeholder}})
-                                 : Value::null()}});
-    };
+                                 : Value::null()}}));
+    }
+    return result;
+}
+
+std::vector<platform::NotificationAction> actionsOf(const Value& value) {
+    std::vector<platform::NotificationAction> actions;
+    for (const Value& each : value.items()) {
+        platform::NotificationAction action{
+            std::string(each["identifier"].string()), std::string(each["title"].string()),
+            static_cast<std::uint64_t>(each["options"].integerValue())};
+        if (const Value& input = each["textInput"]; input.isDictionary()) {
+            action.textInput = {std::string(input["buttonTitle"].string()),
+                                std::string(input["placeholder"].string())};
+        }
+        actions.push_back(std::move(action));
+    }
+    return actions;
+}
+
+Value valueOf(const std::vector<platform::NotificationCategory>& categories) {
     Value byIdentifier = Value::dictionary();
     for (const platform::NotificationCategory& category : categories) {
-        Value actions = Value::array();
-        for (const platform::NotificationAction& action : category.actions)
-            actions.append(actionForm(action));
-        byIdentifier.set(
-            category.identifier,
-            Value::dictionary({{"identifier", category.identifier}, {"actions", actions}}));
+        byIdentifier.set(category.identifier,
+                         Value::dictionary({{"identifier", category.identifier},
+                                            {"actions", valueOf(category.actions)}}));
     }
     Value result = Value::array();
     for (const auto& [identifier, category] : byIdentifier.entries())

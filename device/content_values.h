@@ -21,6 +21,11 @@ foundation::Value valueOf(const platform::NotificationContent& content);
 /// is not of that form.
 platform::NotificationContent contentOf(const foundation::Value& value);
 
+/// [{"identifier", "title", "options", "textInput": null | {"buttonTitle", "placeholder"}}].
+foundation::Value valueOf(const std::vector<platform::NotificationAction>& actions);
+/// Reads the same back; raises foundation::Exception when it is not of that form.
+std::vector<platform::NotificationAction> actionsOf(const foundation::Value& value);
+
 /// [{"identifier", "actions": [{"identifier", "title", "options", "textInput"}]}]; of several
 /// categories with one identifier the last.
 foundation::Value valueOf(const std::vector<platform::NotificationCategory>& categories);

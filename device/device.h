@@ -11,6 +11,7 @@
 #include "device/child_process.h"
 #include "device/device_clock.h"
 #include "device/device_folder.h"
+#include "device/expand_order.h"
 #include "device/run_folder.h"
 #include "device/system_state.h"
 #include "tavrolin/foundation/value.h"
@@ -24,6 +25,7 @@ struct DeviceOptions {
     TimeMode time = TimeMode::real;
     int logLevel = 4;
     std::string executable = "/proc/self/exe";  // what is started for the app's processes
+    std::string contentExtension = {};          // what draws; empty: the one beside this program
 };
 
 /// The phone in a folder. One object a process, since it installs the library's ports.
@@ -64,6 +66,9 @@ public:
                               const std::optional<std::string>& userText);
     foundation::Value dismiss(const std::string& identifier);  // {"removed"}
     foundation::Value clear();                                 // {"removed"}
+    /// Expands the notification and takes the order's steps: {"view", "story"} of Expansion. The
+    /// pictures are written once all of it was done.
+    foundation::Value expand(ExpandOrder order);
 
     // Acting, on the app, which is started for it: {"app": state}, with what it answered.
     /// The payload is what the push service's notification brought along, or nil. Does nothing when
@@ -109,6 +114,10 @@ private:
     /// Fires what is due by that date, and gives the identifiers.
     foundation::Value fireUntil(foundation::Date date);
     AppRun runAppAlone(AppOrder order);
+    [[noreturn]] static void failWithout(const std::string& identifier);
+    platform::DeliveredNotification delivered(const std::string& identifier);
+    /// The menu of that category.
+    std::vector<platform::NotificationAction> actionsFor(const foundation::Value& category);
     /// A run of the app, and what fell due in its time.
     AppRun runApp(AppOrder order);
     void showStoreIn(const std::string& folder, const Take& take);

@@ -21,14 +21,10 @@ namespace tavrolin::device {
 using foundation::Date;
 using foundation::Value;
 
-namespace {
-
-[[noreturn]] void failWithout(const std::string& identifier) {
+void Device::failWithout(const std::string& identifier) {
     throw DeviceError("there is no notification " + identifier +
                       " on the tray (`tavrolin tray` shows what is)");
 }
-
-}  // namespace
 
 ProcessStart Device::processStart() const {
     return {.executable = options_.executable,

@@ -14,6 +14,7 @@
 
 #include "device/device_error.h"
 #include "device/file_lock.h"
+#include "device/installation.h"
 
 namespace tavrolin::device {
 
@@ -24,6 +25,8 @@ namespace {
 constexpr std::string_view kInfoPlist = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0">
 <dict>
+    <key>CFBundleIconFile</key>
+    <string>AppIcon</string>
     <key>CFBundleIdentifier</key>
     <string>com.corvalen.sample</string>
     <key>CFBundleName</key>
@@ -42,7 +45,7 @@ constexpr std::string_view kInfoPlist = R"(<?xml version="1.0" encoding="UTF-8"?
         <key>CorvalenAppGroup</key>
         <string>group.corvalen.sample</string>
         <key>CorvalenNotificationIcon</key>
-        <string>NotificationIcon</string>
+        <string>AppIcon</string>
     </dict>
 </dict>
 </plist>
@@ -120,6 +123,18 @@ void writeIfMissing(const std::string& path, std::string_view text) {
     if (error) fail("write", path, error.message());
 }
 
+// The pictures that came with the sample app, as they stand beside the program.
+void copyPictures(const std::string& from, const std::string& to) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(from, error)) {
+        if (!entry.is_regular_file(error)) continue;
+        const std::string name = entry.path().filename().string();
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::string bytes(std::istreambuf_iterator<char>(file), {});
+        if (file) writeIfMissing(to + "/" + name, bytes);
+    }
+}
+
 }  // namespace
 
 DeviceFolder::DeviceFolder(std::string_view root) {
@@ -152,6 +167,7 @@ void DeviceFolder::fill() const {
     }
     writeIfMissing(app() + "/Info.plist", kInfoPlist);
     writeIfMissing(app() + "/CorvalenConfig.plist", kConfigPlist);
+    copyPictures(sampleAppPictures(), app());
     writeIfMissing(mark(), "");
 }
 

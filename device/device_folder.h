@@ -8,10 +8,12 @@ namespace tavrolin::device {
 
 /// Where things lie in a device's folder:
 ///
-///     app/                  the sample app's Info.plist and CorvalenConfig.plist, to be edited
-///     groups/GROUP/         an app group's container: the store, the media folder, the preferences
-///     containers/PROCESS/   what belongs to one process alone: documents, preferences, tmp
-///     system/               the system's own: the tray, the clock, moved attachments, the core SDK
+///     app/                  the sample app's Info.plist, CorvalenConfig.plist and icon, to be
+///     edited app/library/          resources of the library that stand in for those that came with
+///     it groups/GROUP/         an app group's container: the store, the media folder, the
+///     preferences containers/PROCESS/   what belongs to one process alone: documents, preferences,
+///     tmp system/               the system's own: the tray, the clock, moved attachments, the core
+///     SDK
 ///
 /// Only its owner can read any of it. Threads: any; the object is immutable.
 class DeviceFolder {
@@ -27,6 +29,7 @@ public:
 
     const std::string& root() const { return root_; }
     std::string app() const { return root_ + "/app"; }
+    std::string libraryOverlay() const { return app() + "/library"; }
     /// Nothing for a name that can't be a folder's.
     std::optional<std::string> group(std::string_view name) const;
     std::optional<std::string> groupPreferences(std::string_view name) const;

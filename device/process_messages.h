@@ -14,13 +14,27 @@ inline constexpr std::string_view kMessageStart = "start";        // date: the d
 inline constexpr std::string_view kMessageLogLevel = "logLevel";  // integer
 inline constexpr std::string_view kMessageRun = "run";  // names the run's temporary folder
 
-// To the service extension.
+// To the extensions.
 inline constexpr std::string_view kMessageIdentifier = "identifier";  // the request's
+
+// To the content extension: how the notification is to be shown; see ExpandOrder.
+inline constexpr std::string_view kMessageDelivered = "delivered";  // date
+inline constexpr std::string_view kMessageActions = "actions";      // its category's
+inline constexpr std::string_view kMessageWidth = "width";
+inline constexpr std::string_view kMessageScale = "scale";
+inline constexpr std::string_view kMessageDark = "dark";            // boolean
+inline constexpr std::string_view kMessageCard = "card";            // boolean
+inline constexpr std::string_view kMessageWantsTree = "wantsTree";  // boolean
+inline constexpr std::string_view kMessagePNG = "png";  // file to write into; nil for none
+inline constexpr std::string_view kMessageSVG = "svg";
+
+// To the app and to the content extension.
+inline constexpr std::string_view kMessageSteps = "steps";  // what is to happen: see
+                                                            // app_process.h, expand_order.h
 
 // To the app.
 inline constexpr std::string_view kMessageWakes = "wakes";  // boolean: it runs already
 inline constexpr std::string_view kMessageInForeground = "inForeground";  // boolean: at the end
-inline constexpr std::string_view kMessageSteps = "steps";  // what is to happen: see app_process.h
 
 // Both ways: a notification's content.
 inline constexpr std::string_view kMessageContent = "content";
@@ -32,6 +46,11 @@ inline constexpr std::string_view kMessageAnswers = "answers";
 inline constexpr std::string_view kMessageAt = "at";  // date: when content was handed back
 inline constexpr std::string_view kMessageExpired = "expired";  // boolean: its time had run out
 inline constexpr std::string_view kMessageRemoved = "removed";  // identifiers taken off the tray
+
+// From the content extension.
+inline constexpr std::string_view kMessageExpanded = "expanded";  // see runContentExtension
+inline constexpr std::string_view kMessageStory = "story";
+inline constexpr std::string_view kMessageFailure = "failure";  // text: what it could not do
 
 // From every process.
 inline constexpr std::string_view kMessageActivity = "activity";   // integer: a sign of life

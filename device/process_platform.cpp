@@ -16,6 +16,7 @@
 #include "adapters/posix/posix_files.h"
 #include "adapters/sqlite/sqlite_record_stores.h"
 #include "device/device_error.h"
+#include "device/installation.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/plist_keys.h"
 #include "tavrolin/platform/application.h"
@@ -44,6 +45,15 @@ public:
     void setString(std::string_view /*string*/) override {}
 };
 
+// What lies in the sample app's folder wins over what came with the program.
+std::vector<std::string> libraryFolders(const DeviceFolder& device) {
+    std::vector<std::string> folders = {device.libraryOverlay()};
+    if (std::string resources = libraryResources(); !resources.empty()) {
+        folders.push_back(std::move(resources));
+    }
+    return folders;
+}
+
 void makeFolder(const std::string& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
@@ -62,7 +72,7 @@ struct ProcessPlatform::Adapters {
           state(device, recordStores),
           files([this](std::string_view group) { return sharedContainer(group); },
                 container + "/Documents"),
-          bundles(device.app(), device.app()),
+          bundles(device.app(), libraryFolders(device)),
           preferences([this](std::string_view suite) { return folder.groupPreferences(suite); },
                       container + "/Library/Preferences"),
           session(dispatch, {temporary, adapters::media::maximumUsefulSize}) {}
@@ -126,7 +136,8 @@ void ProcessPlatform::install(const OwnPorts& ports, int logLevel) {
                        .preferences = &own.preferences,
                        .recordStores = &own.recordStores,
                        .urlSession = &own.session,
-                       .notificationCenter = &ports.center});
+                       .notificationCenter = &ports.center,
+                       .drawing = ports.drawing});
     CVNPushLogger::setDebugLevel(logLevel);
 }
 

@@ -33,6 +33,7 @@ public:
         platform::UserNotificationCenter& center;
         platform::Application* application = nullptr;  // none: it hears and opens nothing
         platform::Pasteboard* pasteboard = nullptr;    // none: what is copied goes nowhere
+        platform::DrawingPorts drawing = {};           // of a process that draws
     };
     /// Installs the ports and sets the log threshold.
     void install(const OwnPorts& ports, int logLevel);

@@ -77,6 +77,8 @@ struct AsioDispatch::State {
     std::size_t unfinishedPool = 0;  // those of the global queues
     bool isRunning = false;
     RunEnd runEnd = RunEnd::never;
+    double horizon = 0;     // of a run until it is quiet: seconds; 0: timers wait
+    double lastMoment = 0;  // and beyond this one they wait as well
     bool stopRequested = false;
     std::vector<std::thread> threads;
     std::atomic<std::uint64_t> activity{0};
@@ -99,6 +101,7 @@ struct AsioDispatch::State {
     void settle();
     void settleReal();
     void settleJumping();
+    bool isQuiet() const;
     bool mayNeverEnd() const { return !holds.empty() || pending > 0; }
     std::optional<double> nextMoment() const;
     void queueTimersUntil(double moment);
@@ -196,7 +199,7 @@ void AsioDispatch::State::finished(Block& block, bool isGlobal) {
 // Called under the lock after every change that could let time or the run go on.
 void AsioDispatch::State::settle() {
     if (!isRunning) return;
-    if (runEnd == RunEnd::quiet && unfinished == 0) return mainContext.stop();
+    if (runEnd == RunEnd::quiet && isQuiet()) return mainContext.stop();
     if (clock.isJumping()) {
         settleJumping();
     } else {
@@ -204,6 +207,12 @@ void AsioDispatch::State::settle() {
     }
     const bool isIdle = unfinished == 0 && timers.empty() && !mayNeverEnd();
     if (stopRequested || (isIdle && runEnd == RunEnd::idle)) mainContext.stop();
+}
+
+bool AsioDispatch::State::isQuiet() const {
+    if (unfinished > 0) return false;
+    if (!(horizon > 0) || timers.empty()) return true;
+    return timers.begin()->first > std::min(timerNow() + horizon, lastMoment);
 }
 
 void AsioDispatch::State::settleReal() {
@@ -312,6 +321,15 @@ void AsioDispatch::runMainUntilIdle() {
 }
 
 void AsioDispatch::runMainUntilQuiet() {
+    runMainUntilQuiet(0, 0);
+}
+
+void AsioDispatch::runMainUntilQuiet(double horizon, double atMost) {
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->horizon = horizon;
+        state_->lastMoment = state_->timerNow() + atMost;
+    }
     state_->runMain(RunEnd::quiet);
 }
 

@@ -51,6 +51,9 @@ public:
     /// The same, but returns as soon as no block is queued or running on any queue: timers go on
     /// waiting, and no clock jumps.
     void runMainUntilQuiet();
+    /// The same, but takes along the timers that fall due within `horizon` seconds of the present
+    /// moment, whatever sets them, for `atMost` seconds in all.
+    void runMainUntilQuiet(double horizon, double atMost);
     /// Ends the run after the block that runs now; without one, the next run ends at once.
     void stop();
 

@@ -36,10 +36,11 @@ foundation::Expected<Value> readFile(const std::string& path) {
 
 }  // namespace
 
-FolderBundle::FolderBundle(std::string folder) : folder_(std::move(folder)) {}
+FolderBundle::FolderBundle(std::vector<std::string> folders) : folders_(std::move(folders)) {}
 
 Value FolderBundle::infoDictionary() const {
-    const std::string path = folder_ + "/Info.plist";
+    const std::string path =
+        pathForResource("Info", "plist").value_or(folders_.front() + "/Info.plist");
     const auto info = readFile(path);
     if (!info) {
         foundation::Exception::raise(foundation::Exception::kInvalidArgument,
@@ -66,15 +67,18 @@ std::optional<std::string> FolderBundle::pathForResource(std::string_view name,
     const bool isPlain =
         !name.empty() && name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
     if (!isPlain) return std::nullopt;
-    std::string path = folder_ + "/" + std::string(name);
-    if (!type.empty()) path.append(1, '.').append(type);
+    std::string file(name);
+    if (!type.empty()) file.append(1, '.').append(type);
     std::error_code error;
-    if (!fs::exists(path, error)) return std::nullopt;
-    return path;
+    for (const std::string& folder : folders_) {
+        std::string path = folder + "/" + file;
+        if (fs::exists(path, error)) return path;
+    }
+    return std::nullopt;
 }
 
-FolderBundles::FolderBundles(std::string mainFolder, std::string libraryFolder)
-    : main_(std::move(mainFolder)), library_(std::move(libraryFolder)) {}
+FolderBundles::FolderBundles(std::string mainFolder, std::vector<std::string> libraryFolders)
+    : main_(std::vector{std::move(mainFolder)}), library_(std::move(libraryFolders)) {}
 
 platform::Bundle* FolderBundles::withIdentifier(std::string_view identifier) {
     // The library first: without an Info dictionary it has no identifier, as an app may have none.

@@ -2,15 +2,17 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tavrolin/platform/bundle.h"
 
 namespace tavrolin::adapters::plist {
 
-/// A bundle that is a folder: Info.plist and the resources lie in it, side by side.
+/// A bundle that is a folder: Info.plist and the resources lie in it, side by side. It may be
+/// several laid over one another: of files of one name the first folder's counts.
 class FolderBundle : public platform::Bundle {
 public:
-    explicit FolderBundle(std::string folder);
+    explicit FolderBundle(std::vector<std::string> folders);
 
     std::string identifier() const override;  // CFBundleIdentifier
     foundation::Value infoDictionary() const override;
@@ -18,13 +20,13 @@ public:
                                                std::string_view type) const override;
 
 private:
-    std::string folder_;
+    std::vector<std::string> folders_;
 };
 
 /// The app's bundle and the library's.
 class FolderBundles : public platform::Bundles {
 public:
-    FolderBundles(std::string mainFolder, std::string libraryFolder);
+    FolderBundles(std::string mainFolder, std::vector<std::string> libraryFolders);
 
     platform::Bundle& main() override { return main_; }
     platform::Bundle& library() override { return library_; }

@@ -32,7 +32,23 @@ std::optional<std::uint8_t> digit(char c) {
     return std::nullopt;
 }
 
+// Whether the text is a number above 0 and no larger than that.
+bool isUpTo(double most, const std::string& text) {
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && next == end && number > 0 && number <= most;
+}
+
 }  // namespace
+
+device::ExpandOrder Arguments::expandOrder() const {
+    device::ExpandOrder order = expansion;
+    order.identifier = identifier;
+    for (const std::string& step : steps)
+        order.steps.push_back(*device::expandStep(step));
+    return order;
+}
 
 // --- Files -----------------------------------------------------------------------------------
 
@@ -124,6 +140,23 @@ std::optional<double> secondsOf(const std::string& text) {
         at = next + 1;
     }
     return text.empty() || !(seconds <= kLongestAdvance) ? std::nullopt : std::optional(seconds);
+}
+
+std::string expandStep(const std::string& text) {
+    const auto step = device::expandStep(text);
+    return step ? "" : "\"" + text + "\": " + step.error().localizedDescription;
+}
+
+std::string viewWidth(const std::string& text) {
+    return isUpTo(device::kWidestView, text) ? "" : "must be points above 0, 16384 at most";
+}
+
+std::string viewScale(const std::string& text) {
+    return isUpTo(device::kLargestScale, text) ? "" : "must be above 0, 8 at most";
+}
+
+std::string pictureFile(const std::string& name) {
+    return name.empty() || name == "-" ? "must be the name of a file" : "";
 }
 
 std::string duration(const std::string& text) {

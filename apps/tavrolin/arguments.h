@@ -4,8 +4,10 @@
 #include <istream>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "device/device.h"
+#include "device/expand_order.h"
 #include "tavrolin/foundation/value.h"
 
 namespace tavrolin::apps {
@@ -29,6 +31,8 @@ struct Arguments {
     std::string text;
     std::string key;
     bool instant = false;
+    device::ExpandOrder expansion;
+    std::vector<std::string> steps;
 
     device::DeviceOptions options() const {
         device::DeviceOptions result;
@@ -40,6 +44,7 @@ struct Arguments {
     std::optional<std::size_t> limit() const {
         return noLimit ? std::nullopt : std::optional(device::Device::kLargestPayload);
     }
+    device::ExpandOrder expandOrder() const;
     std::optional<std::string> id() const {
         return identifier.empty() ? std::nullopt : std::optional(identifier);
     }
@@ -69,6 +74,10 @@ std::string notEmpty(const std::string& folder);
 std::string utf8(const std::string& text);
 std::string hexadecimal(const std::string& text);
 std::string duration(const std::string& text);
+std::string expandStep(const std::string& text);
+std::string viewWidth(const std::string& text);
+std::string viewScale(const std::string& text);
+std::string pictureFile(const std::string& name);
 
 /// Of what `hexadecimal` has checked.
 foundation::Value bytesOfHex(const std::string& text);

@@ -48,6 +48,7 @@ void Commands::addTo(CLI::App& app) {
     addPushes(app);
     addLooking(app);
     addUser(app);
+    addExpand(app);
     addApp(app);
     addDevice(app);
 }
@@ -198,6 +199,53 @@ void Commands::addUser(CLI::App& app) {
     addAct(
         app, "clear", "the user removes all notifications",
         [](Device& device) { return device.clear(); }, printRemoved);
+}
+
+// --- The expanded view -----------------------------------------------------------------------
+
+void Commands::addExpand(CLI::App& app) {
+    device::ExpandOrder& order = arguments_.expansion;
+    CLI::App* expand =
+        add(app, "expand", "the user expands a notification", [this] { return this->expand(); });
+    addIdentifier(expand);
+    expand->add_option("--width", order.width, "the view's width in points (default 375)")
+        ->check(viewWidth)
+        ->take_last();
+    expand->add_option("--scale", order.scale, "pixels for a point (default 2)")
+        ->check(viewScale)
+        ->take_last();
+    expand->add_flag("--dark", order.isDark, "in the dark appearance");
+    expand->add_flag("--card", order.isCard, "draw what a phone shows around the view as well");
+    expand
+        ->add_option("--do", arguments_.steps,
+                     "a step: tap X,Y; tap-on NAME; press IDENTIFIER; reply IDENTIFIER TEXT; wait "
+                     "SECONDS; disappear. May be given again and again")
+        ->check(expandStep)
+        ->allow_extra_args(false);
+    CLI::Option* png = expand->add_option("--png", order.png, "draw it into this file, as pixels");
+    png->check(pictureFile)->take_last();
+    CLI::Option* svg = expand->add_option("--svg", order.svg, "draw it into this file, as shapes");
+    svg->check(pictureFile)->take_last();
+    expand->add_flag("--tree", order.wantsTree, "print the view's tree");
+    expand->parse_complete_callback([&order] {
+        if (order.png && order.svg && *order.png == *order.svg) {
+            throw CLI::ValidationError("--svg", "must be another file than --png");
+        }
+    });
+}
+
+int Commands::expand() {
+    Device device(arguments_.options());
+    const Value result = device.expand(arguments_.expandOrder());
+    if (arguments_.json) {
+        print(result["view"], true, nullptr);
+    } else {
+        print(result, false, printExpansion);
+        for (const auto& file : {arguments_.expansion.png, arguments_.expansion.svg}) {
+            if (file) printDone("  picture      " + harmless(*file));
+        }
+    }
+    return kDone;
 }
 
 // --- The app ---------------------------------------------------------------------------------

@@ -26,6 +26,8 @@ inline constexpr int kWrongUsage = 2;
 /// reading of the arguments fills it.
 class Commands {
 public:
+    /// `fileMode`: that of files for people.
+    explicit Commands(unsigned fileMode) { arguments_.expansion.fileMode = fileMode; }
     void addTo(CLI::App& app);
     /// Whether one was given.
     bool isGiven() const { return command_ != nullptr; }
@@ -39,6 +41,7 @@ private:
     void addPushes(CLI::App& app);
     void addLooking(CLI::App& app);
     void addUser(CLI::App& app);
+    void addExpand(CLI::App& app);
     void addApp(CLI::App& app);
     void addAppLife(CLI::App& app);
     void addAppPushes(CLI::App& app);
@@ -55,6 +58,7 @@ private:
 
     int deliverOne();
     int deliverLines();
+    int expand();
     foundation::Value payloadIn(const device::Device& device, const std::string& file) const;
 
     Arguments arguments_;

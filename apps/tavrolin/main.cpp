@@ -19,13 +19,14 @@ namespace {
 
 using namespace tavrolin::apps;
 
-int run(int argc, char** argv) {
+int run(int argc, char** argv, mode_t mask) {
     CLI::App app("A phone in a folder: shows what a push notification does, without a phone.",
                  "tavrolin");
     app.set_version_flag("--version", "tavrolin 3.5.7");
     app.require_subcommand(0, 1);
     app.fallthrough();
-    Commands commands;
+    constexpr mode_t kReadableAndWritable = 0666;
+    Commands commands(kReadableAndWritable & ~mask);
     commands.addTo(app);
     try {
         app.parse(argc, argv);
@@ -55,8 +56,8 @@ void openStandardStreams() {
 
 int main(int argc, char** argv) {
     openStandardStreams();
-    // Whatever the device writes is for its owner only.
-    umask(0077);
+    // Whatever the device writes is for its owner only; pictures are as the user has it.
+    const mode_t mask = umask(0077);
     if (argc == 2 && std::strcmp(argv[1], tavrolin::device::kServiceExtensionProcess) == 0) {
         return tavrolin::device::runServiceExtensionProcess(3);
     }
@@ -64,7 +65,7 @@ int main(int argc, char** argv) {
         return tavrolin::device::runAppProcess(3);
     }
     try {
-        return run(argc, argv);
+        return run(argc, argv, mask);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tavrolin: %s\n", harmless(error.what()).c_str());
         return kNotDone;

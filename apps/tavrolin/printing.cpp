@@ -208,6 +208,50 @@ std::vector<Row> eventRows(const Value& event) {
              shown(event["payload"]["trid"])}};
 }
 
+std::string lengthText(const Value& number) {
+    std::array<char, 32> text{};
+    const int size = std::snprintf(text.data(), text.size(), "%.7g", number.doubleValue());
+    return {text.data(), static_cast<std::size_t>(size)};
+}
+
+// What a step in the expanded view led to.
+std::string chapterText(const Value& chapter) {
+    std::string text;
+    if (const Value& view = chapter["takenBy"]) {
+        text = view.isNull() ? "no view took it" : "taken by " + shown(view);
+    }
+    if (const Value& option = chapter["option"]) {
+        text = option.isNull()              ? "was not answered"
+               : option.integerValue() == 0 ? "the view stays"
+                                            : "goes on to the app";
+    }
+    std::string requests;
+    for (const Value& request : chapter["requests"].items())
+        requests += (requests.empty() ? "" : ", ") + shown(request);
+    if (!requests.empty()) text += (text.empty() ? "asks for " : "; asks for ") + requests;
+    return text.empty() ? "done" : text;
+}
+
+// A view a line: its class, what it is called, where it is, what it shows.
+void printTree(const Value& view, std::size_t depth = 1) {
+    std::string line(2 * depth, ' ');
+    line += shown(view["class"]);
+    if (view["outlet"].isString()) line += " " + bold(shown(view["outlet"]));
+    std::string frame;
+    for (const Value& number : view["frame"].items())
+        frame += (frame.empty() ? "" : " ") + lengthText(number);
+    line += dim("  [" + frame + "]");
+    for (const char* key : {"text", "image"}) {
+        if (view[key].isString() && view[key].length() > 0) {
+            line += "  \"" + shortened(shown(view[key])) + "\"";
+        }
+    }
+    if (view["hidden"].boolValue()) line += dim("  hidden");
+    write(line + "\n");
+    for (const Value& child : view["children"].items())
+        printTree(child, depth + 1);
+}
+
 std::string_view explained(std::string_view outcome) {
     if (outcome == "completed") return "the extension rewrote it";
     if (outcome == "expired") return "the extension's time ran out; its best attempt is shown";
@@ -310,6 +354,20 @@ void printDelivery(const Value& result) {
         printField("memory",
                    std::to_string(result["peakRssKiB"].integerValue() / 1024) + " MiB at most");
     }
+}
+
+void printExpansion(const Value& result) {
+    const Value& view = result["view"];
+    const Value& size = view["size"];
+    write(bold(view["layout"].isNull() ? "no layout" : shown(view["layout"])) + ", " +
+          lengthText(size["width"]) + " x " + lengthText(size["height"]) + " points\n");
+    for (const Value& action : view["nativeActions"].items()) {
+        printField("button", shown(action["identifier"]) + "  " + shown(action["title"]) +
+                                 (action["textInput"].isNull() ? "" : "  (takes a text)"));
+    }
+    for (const Value& chapter : result["story"].items())
+        printField("step", shown(chapter["step"]) + ": " + chapterText(chapter));
+    if (view["tree"]) printTree(view["tree"]);
 }
 
 // A list's elements stand one below the other.

@@ -57,6 +57,8 @@ std::string harmless(std::string_view text);
 /// One line for people.
 void printDone(std::string_view line);
 void printDelivery(const foundation::Value& result);
+/// {"view", "story"}: as Device::expand gives it.
+void printExpansion(const foundation::Value& result);
 void printDictionary(const foundation::Value& result);
 void printAppState(const foundation::Value& result);
 void printRemoved(const foundation::Value& result);

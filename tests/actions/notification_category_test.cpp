@@ -181,7 +181,7 @@ TEST_F(NotificationCategoryTest, LeavesOutWhatHasAWrongShapeAndLogsIt) {
 }
 
 TEST_F(NotificationCategoryTest, ReadsPropertyListFilesOfBothFormsAndOutlivesBrokenOnes) {
-    adapters::plist::FolderBundles bundles(folder_.string(), folder_.string());
+    adapters::plist::FolderBundles bundles(folder_.string(), {folder_.string()});
     platform::Platform platform = memory_.platform();
     platform.bundles = &bundles;
     platform::install(platform);

@@ -111,6 +111,22 @@ TEST_F(JumpingDispatch, LetsTimePassOnceAHoldWasSilentForASecond) {
     EXPECT_GE(secondsSince(start), 0.99);
 }
 
+TEST_F(JumpingDispatch, TakesShortDelaysAlongUntilItIsQuietAndLeavesTheOthers) {
+    dispatch.afterMain(0.05, [&] {
+        note("short");
+        dispatch.afterMain(0.09, [&] { note("chained"); });
+    });
+    dispatch.afterMain(1, [&] { note("long"); });
+    dispatch.runMainUntilQuiet(0.1, 1);
+    EXPECT_THAT(seen, ElementsAre("short@0.050000", "chained@0.140000"));
+
+    // One that sets itself again and again holds nobody up for ever.
+    std::function<void()> tick = [&] { dispatch.afterMain(0.03, tick); };
+    tick();
+    dispatch.runMainUntilQuiet(0.1, 0.5);
+    EXPECT_NEAR(dispatch.now().secondsSince1970 - kStart, 0.64, 0.031);
+}
+
 TEST(RealDispatch, MeasuresDelaysInRealTimeAndMovesTheDateByTheOffset) {
     AsioDispatch dispatch(Clock::real(-1000));
     const auto start = RealClock::now();

@@ -137,7 +137,8 @@ TEST(PropertyList, RefusesWhatWouldEndTheProcessOrFillItsMemory) {
 }
 
 TEST_F(FolderBundlesTest, FindBundlesByIdentifierAndTheirResources) {
-    FolderBundles bundles((root_ / "app").string(), (root_ / "library").string());
+    const std::string overlay = (root_ / "overlay").string();
+    FolderBundles bundles((root_ / "app").string(), {overlay, (root_ / "library").string()});
     EXPECT_EQ(bundles.main().identifier(), "com.example.app");
     EXPECT_EQ(bundles.withIdentifier("com.example.app"), &bundles.main());
     EXPECT_EQ(bundles.withIdentifier("com.example.other"), nullptr);
@@ -155,6 +156,10 @@ TEST_F(FolderBundlesTest, FindBundlesByIdentifierAndTheirResources) {
           std::string("Some\0x", 6), std::string()}) {
         EXPECT_FALSE(bundles.library().pathForResource(name, "plist")) << name;
     }
+
+    // Of two of one name the first folder's.
+    write("overlay/Some.plist", "<plist><dict/></plist>");
+    EXPECT_EQ(bundles.library().pathForResource("Some", "plist"), overlay + "/Some.plist");
 
     write("library/Array.plist", "<plist><array/></plist>");
     EXPECT_TRUE(

@@ -1,0 +1,97 @@
+// The expanded view.
+
+#include <algorithm>
+#include <utility>
+
+#include "device/content_extension_launcher.h"
+#include "device/content_values.h"
+#include "device/device.h"
+#include "device/device_error.h"
+#include "device/installation.h"
+#include "device/output_file.h"
+#include "device/process_platform.h"
+#include "device/system_notification_center.h"
+#include "tavrolin/foundation/exception.h"
+
+namespace tavrolin::device {
+
+using foundation::Value;
+
+namespace {
+
+// A step may take the device's clock through real time in which nothing happens.
+double patienceFor(const ExpandOrder& order, double patience) {
+    for (const Value& step : order.steps)
+        patience += step["seconds"].doubleValue();
+    return patience;
+}
+
+}  // namespace
+
+platform::DeliveredNotification Device::delivered(const std::string& identifier) {
+    std::vector<TrayEntry> tray = platform_->systemState().tray();
+    const auto entry = std::find_if(tray.begin(), tray.end(), [&](const TrayEntry& each) {
+        return each.identifier == identifier;
+    });
+    if (entry == tray.end()) failWithout(identifier);
+    try {
+        return {{entry->identifier, contentOf(readJSON(entry->content))}, entry->deliveredAt};
+    } catch (const foundation::Exception& exception) {
+        throw DeviceError("the notification can't be read: " + exception.reason());
+    }
+}
+
+std::vector<platform::NotificationAction> Device::actionsFor(const Value& category) {
+    const auto kept = platform_->systemState().setting(kSettingCategories);
+    const Value all = kept ? readJSON(*kept) : Value::array();
+    if (!all.isArray()) return {};
+    try {
+        for (const Value& each : all.items()) {
+            if (category && each["identifier"] == category) return actionsOf(each["actions"]);
+        }
+    } catch (const foundation::Exception&) {  // damaged: no menu
+    }
+    return {};
+}
+
+Value Device::expand(ExpandOrder order) {
+    const platform::DeliveredNotification notification = delivered(order.identifier);
+    ProcessStart start = processStart();
+    start.executable =
+        options_.contentExtension.empty() ? contentExtensionProgram() : options_.contentExtension;
+    if (start.executable.empty()) {
+        throw DeviceError(
+            "the program tavrolin-content-extension is missing beside this one; "
+            "build or install it anew");
+    }
+    std::optional<OutputFile> png;
+    std::optional<OutputFile> svg;
+    if (order.png) order.png = png.emplace(*order.png, order.fileMode).draft();
+    if (order.svg) order.svg = svg.emplace(*order.svg, order.fileMode).draft();
+
+    start.start = clock_.now();
+    start.run = randomIdentifier();
+    start.patience = patienceFor(order, start.patience);
+    Expansion expansion;
+    {
+        const RunFolder temporary(folder_.temporaryFolder("content-extension", start.run));
+        expansion =
+            runContentExtension(start, order, notification,
+                                actionsFor(notification.request.content.categoryIdentifier));
+    }
+    clock_.reach(expansion.endedAt);
+    // Its view drew from the files until its end.
+    if (expansion.isRemoved) storage_.remove(valueOf(notification.request.content));
+    fireUntil(clock_.now());
+    if (expansion.failure) throw DeviceError(*expansion.failure);
+    if (!expansion.isComplete) {
+        throw DeviceError(
+            "the content extension died or answered nonsense; a phone shows the "
+            "notification's own content then");
+    }
+    if (png) png->keep();
+    if (svg) svg->keep();
+    return Value::dictionary({{"view", expansion.view}, {"story", expansion.story}});
+}
+
+}  // namespace tavrolin::device
