@@ -1,11 +1,22 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "tavrolin/foundation/value.h"
 #include "tavrolin/ui/view.h"
 
 namespace tavrolin {
+
+// What components report: a dictionary with what is to happen and, for some, data of their own.
+inline constexpr std::string_view kCustomPNButtonInteraction = "eventData";
+inline constexpr std::string_view kCustomPNInteractionData = "interaction";
+
+// Values of kCustomPNButtonInteraction; others are ignored.
+inline constexpr std::int64_t kInteractionTap = 1;
+inline constexpr std::int64_t kInteractionClose = 2;
+inline constexpr std::int64_t kInteractionRemove = 3;
 
 /// What every layout and every component offers, called in this order. Main thread.
 class CVNNotificationViewProtocol {

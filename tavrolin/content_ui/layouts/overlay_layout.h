@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tavrolin/content_ui/layouts/base_layout_view.h"
+#include "tavrolin/ui/layout_constraint.h"
+
+namespace tavrolin {
+
+/// A picture with the texts on it. Outlet: headerComponentTopConstraint, which keeps the header at
+/// the top where there is no picture.
+class CVNLayout23 : public MediaLayoutView {
+public:
+    std::string_view className() const override { return "CVNLayout23"; }
+    void connect(ui::Connections& connections) override;
+    void configureNotification() override;
+    /// Paints what lies behind the texts: the payload's colour or gradient, else a veil.
+    void layoutSubviews() override;
+
+private:
+    void paintHeader();
+    void paintHeaderGradient();
+
+    ui::LayoutConstraint* headerComponentTopConstraint_ = nullptr;
+};
+
+}  // namespace tavrolin
