@@ -9,8 +9,8 @@
 
 namespace tavrolin::ui {
 
-/// A view that is worked by touch. Property of interface files: action, the name of an operation
-/// that the file's root offers; it gets the control.
+/// A view that is worked by touch. Properties of interface files: enabled; action, the name of an
+/// operation that the file's root offers: it gets the control.
 class Control : public View {
 public:
     using Action = std::function<void(View& sender)>;

@@ -18,8 +18,9 @@ public:
     /// Null when there is no source or the file is no picture. `name` is what the tree prints.
     static std::shared_ptr<Image> withSource(std::unique_ptr<platform::ImageSource> source,
                                              std::string_view name, double scale = 1);
-    /// The picture of an asset's name ("star" from "star@3x.png", "star@2x.png", "star.png": the
-    /// first that is enough for `displayScale`, else the largest); null when there is none.
+    /// The picture of an asset's name, from "star.png", "star@2x.png", "star@3x.png" for "star": as
+    /// large as the first that is enough for `displayScale`, else the largest; drawn from the first
+    /// that is enough for what is shown. Null when there is none.
     static std::shared_ptr<Image> named(std::string_view name, const platform::Bundle& bundle,
                                         double displayScale);
     /// Each frame is shown for the same share of `duration` seconds, again and again; the first for

@@ -11,11 +11,11 @@
 
 namespace tavrolin::ui {
 
-// Interface files are JSON, one object, in UTF-8, at most 1 MB and 64 levels:
+// Interface files are JSON, one object, in UTF-8, at most 1 MB, 64 levels, 2,000 views and 10,000
+// constraints:
 //
 //     {"root": {"class": "CVNLayout01", "backgroundColor": "#FFFFFF",
-//               "subviews": [{"class": "StackView", "id": "column", "axis": "vertical", "spacing":
-//               8,
+//               "subviews": [{"class": "StackView", "id": "column", "axis": "vertical",
 //                             "arranged": [{"class": "Label", "outlet": "title", "fontSize": 15},
 //                                          {"class": "View", "outlet": "mediaContainer"}]}]},
 //      "constraints": ["column.leading = self.leading + 16",
@@ -31,15 +31,14 @@ namespace tavrolin::ui {
 //   clipsToBounds, userInteractionEnabled, semanticContentAttribute ("unspecified",
 //   "forceLeftToRight", "forceRightToLeft"), hugging and compressionResistance ([horizontal,
 //   vertical]); what the others have, their headers say.
-// - Colours are "#RRGGBB", "#RRGGBBAA", {"light": …, "dark": …}, or a name of the palette. Modes
-// and
-//   the like go by the names that the code has for them.
+// - Colours are "#RRGGBB", "#RRGGBBAA", {"light": …, "dark": …}, "clear", or a name of the palette.
+//   Modes and the like go by the names that the code has for them.
 // - In constraints `self` is the root; an item is an outlet, an id or `self`, and an attribute
 //   (left, right, leading, trailing, top, bottom, width, height, centerX, centerY). `superview` is
 //   the first item's. "@" gives the priority.
 //
 // Whatever is wrong in a file (an unknown class, property, outlet or item included) makes it a
-// broken one: none of it is used.
+// broken one: none of it is used. An asset that is missing is no fault: there is no picture then.
 
 class InterfaceFile;
 

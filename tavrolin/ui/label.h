@@ -1,5 +1,9 @@
 #pragma once
 
+#include <memory>
+#include <optional>
+#include <string>
+
 #include "tavrolin/platform/styled_text.h"
 #include "tavrolin/platform/typesetter.h"
 #include "tavrolin/ui/view.h"
@@ -41,7 +45,16 @@ protected:
     void drawContent(platform::Canvas& canvas) const override;
 
 private:
-    const platform::TextLayout& layoutFor(double width, double height) const;
+    friend class Button;
+    using LayoutRef = std::shared_ptr<const platform::TextLayout>;
+
+    /// Null when there is no typesetter.
+    LayoutRef layoutFor(platform::Size size) const;
+    LayoutRef set(double width, int lines) const;
+    const platform::Size& naturalSize() const;
+    bool startsRightToLeft() const;
+    void drawText(platform::Canvas& canvas, const platform::Rect& rect,
+                  const platform::Color& color) const;
     void changed();
 
     std::string text_;
@@ -51,8 +64,17 @@ private:
     platform::TextAlignment alignment_ = platform::TextAlignment::natural;
     int numberOfLines_ = 1;
     platform::LineBreakMode lineBreakMode_ = platform::LineBreakMode::truncatingTail;
-    struct Set;
-    mutable std::unique_ptr<Set> set_;  // what was last set, and for which width
+    // What was last set.
+    struct Set {
+        double width = 0;
+        int lines = 0;
+        LayoutRef layout;
+    };
+    mutable std::optional<platform::Size> naturalSize_;
+    mutable Set natural_;                // on unlimited width
+    mutable Set measured_;               // for the width that it was last measured for
+    mutable Set drawn_;                  // what fits `drawnSize_`
+    mutable platform::Size drawnSize_;
 };
 
 }  // namespace tavrolin::ui

@@ -40,7 +40,7 @@ inline constexpr LayoutPriority fittingSize = 50;
 /// as long as either is gone or elsewhere it is passed over. All constraints of a tree are solved
 /// together, the ones of higher priority first; a required one that contradicts those that were
 /// there before it is passed over. Main thread.
-class LayoutConstraint {
+class LayoutConstraint : public std::enable_shared_from_this<LayoutConstraint> {
 public:
     struct Item {
         std::weak_ptr<View> view;
@@ -66,11 +66,13 @@ public:
     double constant() const { return constant_; }
     void setConstant(double constant);
     bool isActive() const { return isActive_; }
+    /// A deactivated one is the caller's to keep, but for those of an interface file.
     void setActive(bool active);
 
 private:
+    friend class InterfaceFile;
+    friend class LayoutEngine;
     LayoutConstraint() = default;
-    void invalidate();
 
     Item first_;
     Item second_;
@@ -79,6 +81,9 @@ private:
     double constant_ = 0;
     LayoutPriority priority_ = priority::required;
     bool isActive_ = false;
+    bool isKept_ = false;       // by its view also when it is not active
+    bool isChangeable_ = false;  // its constant has changed before
+    std::uint64_t order_ = 0;   // of activation
 };
 
 /// Pins leading, trailing, top and bottom of the view to those of its superview (multiplier 1,

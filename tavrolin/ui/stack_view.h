@@ -13,8 +13,9 @@ enum class StackDistribution : std::int8_t { fill, fillEqually };
 /// Where members stand across the axis.
 enum class StackAlignment : std::int8_t { fill, leading, center, trailing };
 
-/// Lines its members up. A hidden member takes no room, nor does the space beside it. Members are
-/// subviews; other subviews stand where their constraints say.
+/// Lines its members up. A hidden member takes no room, nor does the space beside it; constraints
+/// to it and to what is in it are passed over. Members are subviews; other subviews stand where
+/// their constraints say, and so does a member that is placed by its frame.
 ///
 /// Properties of interface files: axis, spacing, distribution, alignment, margins ([top, leading,
 /// bottom, trailing]).

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
 #include "tavrolin/foundation/value.h"
 #include "tavrolin/ui/traits.h"
 #include "tavrolin/ui/view.h"
@@ -16,6 +21,10 @@ foundation::Value describeTree(const View& root);
 std::string hexText(const platform::Color& color);
 /// The same; null for none.
 foundation::Value hexValue(const std::optional<DynamicColor>& color, UserInterfaceStyle style);
+
+/// Rounded to thousandths, whole ones as integers.
+foundation::Value numberValue(double number);
+foundation::Value numberList(std::initializer_list<double> numbers);
 
 /// The first view with that outlet or else that shows this text, from the outside in; null when
 /// there is none. Hidden ones don't count.

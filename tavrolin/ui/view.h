@@ -18,6 +18,7 @@
 namespace tavrolin::ui {
 
 class Connections;
+class LayoutEngine;
 class TapGestureRecognizer;
 
 /// Decides about leading and trailing in a view. The numbers are the platform's.
@@ -84,8 +85,9 @@ public:
 
     bool isHidden() const { return isHidden_; }
     virtual void setHidden(bool hidden);
-    double alpha() const { return alpha_; }
-    void setAlpha(double alpha);  // 0 to 1
+    double alpha() const { return alpha_; }  // where it is going, or has come to
+    void setAlpha(double alpha);             // 0 to 1
+    double presentAlpha() const;             // at this moment of the clock
     const std::optional<DynamicColor>& backgroundColor() const { return backgroundColor_; }
     void setBackgroundColor(std::optional<DynamicColor> color) { backgroundColor_ = color; }
     double cornerRadius() const { return cornerRadius_; }
@@ -117,8 +119,8 @@ public:
     /// Whether it takes up room: a hidden member of a stack view doesn't, nor what is in it.
     bool takesRoom() const;
 
-    /// Asks for a layout pass of the whole tree; it comes on the main queue, or with the next
-    /// `layoutIfNeeded`.
+    /// Asks for a layout pass of the whole tree; it comes with the next `layoutIfNeeded`, in a
+    /// window also on the main queue. What changes the layout asks by itself.
     void setNeedsLayout();
     /// Lays out the whole tree now, if it was asked for.
     void layoutIfNeeded();
@@ -168,12 +170,34 @@ protected:
     /// In its own coordinates, above its background and below its subviews.
     virtual void drawContent(platform::Canvas&) const {}
     const platform::Color& resolved(const DynamicColor& color) const;
+    /// The natural size, or what it depends on, is another one.
+    void invalidateIntrinsicContentSize();
+    /// What stands in the tree is laid out in another way.
+    void invalidateStructure();
 
 private:
+    friend class InterfaceFile;
     friend class LayoutConstraint;
     friend class LayoutEngine;
+    friend class StackView;
     friend class Window;
+    friend void crossFade(View& view, double seconds, const std::function<void()>& change,
+                          std::function<void()> completion);
+    friend void animateAlpha(View& view, double alpha, double seconds,
+                             std::function<void()> completion);
     struct Root;
+    struct Animations;
+
+    View& top();
+    const View& top() const;
+    Root& root();  // the root's; made when it is first asked for
+    void attach(std::shared_ptr<View> view, std::size_t index);
+    void detach(const View& view);
+    void place(const platform::Rect& frame);
+    void layOutSubtree();
+    void drawIn(platform::Canvas& canvas) const;
+    void drawBody(platform::Canvas& canvas) const;
+    void drawSubviews(platform::Canvas& canvas) const;
 
     platform::Rect frame_;
     platform::Rect placedFrame_;  // what `setFrame` was given
@@ -192,10 +216,15 @@ private:
     double cornerRadius_ = 0;
     double borderWidth_ = 0;
     SemanticContentAttribute semantic_ = SemanticContentAttribute::unspecified;
+    std::uint32_t layoutIndex_ = UINT32_MAX;  // the layout engine's
+    double measuredWidth_ = -1;  // that its height was measured for; none below 0
+    bool intrinsicSizeChanged_ = true;
+    bool isArranged_ = false;  // a member of the stack view that is its superview
     bool isPlacedByFrame_ = false;
     bool isHidden_ = false;
     bool clipsToBounds_ = false;
     bool isUserInteractionEnabled_ = true;
+    std::unique_ptr<Animations> animations_;
     std::unique_ptr<Root> root_;  // of the root only: its surroundings, and whether it needs layout
 };
 

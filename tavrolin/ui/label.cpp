@@ -1,0 +1,261 @@
+#include "tavrolin/ui/label.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "tavrolin/platform/platform.h"
+#include "tavrolin/ui/drawing.h"
+#include "tavrolin/ui/property_values.h"
+#include "tavrolin/ui/tree_text.h"
+
+namespace tavrolin::ui {
+
+using platform::LineBreakMode;
+using platform::Size;
+using platform::StyledText;
+using platform::TextAlignment;
+
+namespace {
+
+// What a label that fits may be lower than its text, since frames lie on the pixel grid.
+constexpr double kRoundingSlack = 0.51;
+
+enum class Direction : std::int8_t { none, leftToRight, rightToLeft };
+
+// Of the first character that has one.
+Direction directionOf(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte < 0x80) {
+            if ((byte | 0x20U) >= 'a' && (byte | 0x20U) <= 'z') return Direction::leftToRight;
+            continue;
+        }
+        if (byte < 0xC0 || i + 1 >= text.size()) continue;
+        const unsigned next = static_cast<unsigned char>(text[i + 1]) & 0x3FU;
+        if (byte >= 0xD6 && byte <= 0xDF) {  // Hebrew, Arabic and their neighbours
+            const unsigned character = (byte & 0x1FU) << 6U | next;
+            if (character >= 0x590 && character < 0x800) return Direction::rightToLeft;
+        }
+        if (byte == 0xE0 && next < 0x24) return Direction::rightToLeft;  // U+0800 to U+08FF
+        if (byte == 0xEF && i + 2 < text.size()) {
+            const unsigned character =
+                0xF000U | next << 6U | (static_cast<unsigned char>(text[i + 2]) & 0x3FU);
+            if ((character >= 0xFB1D && character <= 0xFDFF) ||
+                (character >= 0xFE70 && character <= 0xFEFC)) {
+                return Direction::rightToLeft;
+            }
+        }
+        // Punctuation, symbols and emoji have none.
+        const bool isSymbol = byte == 0xE2 || byte == 0xF0 || (byte == 0xC2 && next < 0x2A);
+        if (!isSymbol && byte >= 0xC2) return Direction::leftToRight;
+    }
+    return Direction::none;
+}
+
+}  // namespace
+
+Label::Label() {
+    setUserInteractionEnabled(false);
+}
+
+const std::string& Label::text() const {
+    return attributedText_ ? attributedText_->string : text_;
+}
+
+void Label::setText(std::string_view text) {
+    if (!attributedText_ && text == text_) return;
+    attributedText_.reset();
+    text_ = text;
+    changed();
+}
+
+void Label::setAttributedText(std::optional<StyledText> text) {
+    if (text && attributedText_ == text) return;
+    attributedText_ = std::move(text);
+    text_.clear();
+    changed();
+}
+
+void Label::setFont(const platform::Font& font) {
+    if (font == font_) return;
+    font_ = font;
+    changed();
+}
+
+void Label::setTextColor(const DynamicColor& color) {
+    textColor_ = color;  // texts are set without colours of their own
+}
+
+void Label::setTextAlignment(TextAlignment alignment) {
+    if (alignment == alignment_) return;
+    alignment_ = alignment;
+    changed();
+}
+
+void Label::setNumberOfLines(int lines) {
+    if (lines == numberOfLines_) return;
+    numberOfLines_ = std::max(0, lines);
+    changed();
+}
+
+void Label::setLineBreakMode(LineBreakMode mode) {
+    if (mode == lineBreakMode_) return;
+    lineBreakMode_ = mode;
+    changed();
+}
+
+void Label::changed() {
+    naturalSize_.reset();
+    natural_ = measured_ = drawn_ = Set();
+    invalidateIntrinsicContentSize();
+}
+
+// --- Measuring
+
+Label::LayoutRef Label::set(double width, int lines) const {
+    platform::Typesetter* typesetter = platform::current().drawing.typesetter;
+    if (typesetter == nullptr) return nullptr;
+    platform::TextFrame frame{.width = width,
+                              .lineLimit = lines,
+                              .lineBreakMode = lineBreakMode_,
+                              .alignment = alignment_};
+    if (!attributedText_) {
+        return typesetter->layout(StyledText::plain(text_, {.font = font_}), frame);
+    }
+    const auto& [alignment, mode] = attributedText_->paragraph;
+    frame.alignment = alignment.value_or(alignment_);
+    frame.lineBreakMode = mode.value_or(lineBreakMode_);
+    if (!attributedText_->string.empty()) return typesetter->layout(*attributedText_, frame);
+    return typesetter->layout(StyledText::plain({}, {.font = font_}), frame);
+}
+
+const Size& Label::naturalSize() const {
+    if (!naturalSize_) {
+        natural_.layout = set(platform::kUnlimitedWidth, numberOfLines_);
+        naturalSize_ = natural_.layout == nullptr || text().empty() ? Size()
+                                                                     : natural_.layout->size();
+    }
+    return *naturalSize_;
+}
+
+Size Label::intrinsicContentSize(double availableWidth) const {
+    const Size& natural = naturalSize();
+    if (availableWidth >= natural.width || numberOfLines_ == 1) return natural;
+    if (measured_.layout == nullptr || measured_.width != availableWidth) {
+        measured_ = {availableWidth, numberOfLines_, set(availableWidth, numberOfLines_)};
+    }
+    return measured_.layout == nullptr ? Size() : measured_.layout->size();
+}
+
+// As many lines as there is room for, at least one.
+Label::LayoutRef Label::layoutFor(Size size) const {
+    if (drawn_.layout != nullptr && drawnSize_ == size) return drawn_.layout;
+    drawnSize_ = size;
+    const auto layOut = [&](int lines) {
+        drawn_ = {size.width, lines, set(size.width, lines)};
+        return drawn_.layout != nullptr;
+    };
+    const Size& natural = naturalSize();
+    const bool isNatural = natural_.layout != nullptr && natural_.layout->lineCount() <= 1 &&
+                           size.width >= natural.width && size.width - natural.width < 1;
+    if (isNatural) {
+        drawn_ = {size.width, numberOfLines_, natural_.layout};
+    } else if (measured_.layout != nullptr && measured_.width == size.width) {
+        drawn_ = measured_;
+    } else if (!layOut(numberOfLines_)) {
+        return nullptr;
+    }
+    const double height = drawn_.layout->size().height;
+    const int count = drawn_.layout->lineCount();
+    if (count <= 1 || height <= size.height + kRoundingSlack) return drawn_.layout;
+    int lines = static_cast<int>(
+        std::clamp(std::floor((size.height + kRoundingSlack) / (height / count)), 1.0,
+                   static_cast<double>(count - 1)));
+    while (layOut(lines) && lines > 1 &&
+           drawn_.layout->size().height > size.height + kRoundingSlack) {
+        lines -= lines > 8 ? lines / 8 : 1;
+    }
+    return drawn_.layout;
+}
+
+bool Label::startsRightToLeft() const {
+    const Direction direction = directionOf(text());
+    if (direction != Direction::none) return direction == Direction::rightToLeft;
+    return effectiveLayoutDirection() == LayoutDirection::rightToLeft;
+}
+
+// --- Looks
+
+void Label::drawContent(platform::Canvas& canvas) const {
+    drawText(canvas, bounds(), resolved(textColor_));
+}
+
+void Label::drawText(platform::Canvas& canvas, const platform::Rect& rect,
+                     const platform::Color& color) const {
+    if (text().empty() || rect.isEmpty()) return;
+    const LayoutRef layout = layoutFor(rect.size());
+    if (layout == nullptr) return;
+    if (auto* drawing = dynamic_cast<Drawing*>(&canvas)) drawing->keep(layout);
+    const double rest = rect.height - layout->size().height;  // texts stand in the middle
+    canvas.drawText(*layout, {rect.x, rect.y + (rest > kRoundingSlack ? rest / 2 : 0)}, color);
+}
+
+bool Label::setProperty(std::string_view name, const foundation::Value& value) {
+    using namespace property;
+    if (name == "text") {
+        setText(text(value));
+    } else if (name == "fontSize") {
+        platform::Font font = font_;
+        font.size = length(value);
+        setFont(font);
+    } else if (name == "bold") {
+        platform::Font font = font_;
+        font.bold = boolean(value);
+        setFont(font);
+    } else if (name == "textColor") {
+        setTextColor(color(value));
+    } else if (name == "alignment") {
+        setTextAlignment(oneOf<TextAlignment>(value, {{"left", TextAlignment::left},
+                                                      {"center", TextAlignment::center},
+                                                      {"right", TextAlignment::right},
+                                                      {"justified", TextAlignment::justified},
+                                                      {"natural", TextAlignment::natural}}));
+    } else if (name == "numberOfLines") {
+        const std::int64_t lines = integer(value);
+        setNumberOfLines(static_cast<int>(std::clamp<std::int64_t>(lines, 0, 10'000)));
+    } else if (name == "lineBreakMode") {
+        setLineBreakMode(
+            oneOf<LineBreakMode>(value, {{"wordWrapping", LineBreakMode::wordWrapping},
+                                         {"charWrapping", LineBreakMode::charWrapping},
+                                         {"clipping", LineBreakMode::clipping},
+                                         {"truncatingHead", LineBreakMode::truncatingHead},
+                                         {"truncatingTail", LineBreakMode::truncatingTail},
+                                         {"truncatingMiddle", LineBreakMode::truncatingMiddle}}));
+    } else {
+        return View::setProperty(name, value);
+    }
+    return true;
+}
+
+void Label::describe(foundation::Value& dictionary) const {
+    View::describe(dictionary);
+    const LayoutRef layout = text().empty() || bounds().isEmpty() ? nullptr
+                                                                   : layoutFor(bounds().size());
+    TextAlignment alignment = alignment_;
+    if (attributedText_ && attributedText_->paragraph.alignment) {
+        alignment = *attributedText_->paragraph.alignment;
+    }
+    if (alignment == TextAlignment::natural || alignment == TextAlignment::justified) {
+        alignment = startsRightToLeft() ? TextAlignment::right : TextAlignment::left;
+    }
+    dictionary.set("text", text());
+    dictionary.set("lines", layout == nullptr ? 0 : layout->lineCount());
+    dictionary.set("alignment", alignment == TextAlignment::left    ? "left"
+                                : alignment == TextAlignment::right ? "right"
+                                                                    : "center");
+    const auto styled = attributedText_ ? attributedText_->firstColor() : std::nullopt;
+    dictionary.set("textColor", hexText(styled.value_or(resolved(textColor_))));
+}
+
+}  // namespace tavrolin::ui

@@ -1,0 +1,383 @@
+#include "tavrolin/ui/view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "tavrolin/ui/gesture_recognizer.h"
+#include "tavrolin/ui/property_values.h"
+#include "tavrolin/ui/stack_view.h"
+#include "tavrolin/ui/tree_text.h"
+#include "tavrolin/ui/view_root.h"
+
+namespace tavrolin::ui {
+
+using platform::Point;
+using platform::Rect;
+
+namespace {
+
+// What is laid out again and again, since each pass asks for another one, ends here.
+constexpr int kMostPasses = 6;
+constexpr double kLargest = 1e7;
+constexpr double kInvisible = 0.01;
+
+double finite(double number) {
+    return std::isnan(number) ? 0 : std::clamp(number, -kLargest, kLargest);
+}
+
+double alphaWithin(double alpha) {
+    return std::isnan(alpha) ? 0 : std::clamp(alpha, 0.0, 1.0);
+}
+
+}  // namespace
+
+View::View() = default;
+
+View::~View() {
+    for (const auto& child : subviews_)
+        child->superview_ = nullptr;
+}
+
+// --- The tree
+
+View& View::top() {
+    View* view = this;
+    while (view->superview_ != nullptr)
+        view = view->superview_;
+    return *view;
+}
+
+const View& View::top() const {
+    return const_cast<View*>(this)->top();
+}
+
+View::Root& View::root() {
+    if (root_ == nullptr) root_ = std::make_unique<Root>();
+    return *root_;
+}
+
+void View::addSubview(std::shared_ptr<View> view) {
+    if (view == nullptr || isDescendantOf(*view)) return;
+    view->removeFromSuperview();
+    attach(std::move(view), subviews_.size());
+}
+
+void View::insertSubview(std::shared_ptr<View> view, std::size_t index) {
+    if (view == nullptr || isDescendantOf(*view)) return;
+    view->removeFromSuperview();
+    attach(std::move(view), index);
+}
+
+void View::attach(std::shared_ptr<View> view, std::size_t index) {
+    view->superview_ = this;
+    view->root_.reset();
+    const auto place = static_cast<std::ptrdiff_t>(std::min(index, subviews_.size()));
+    subviews_.insert(subviews_.begin() + place, std::move(view));
+    invalidateStructure();
+}
+
+void View::removeFromSuperview() {
+    if (superview_ != nullptr) std::exchange(superview_, nullptr)->detach(*this);
+}
+
+void View::detach(const View& view) {
+    if (auto* stack = dynamic_cast<StackView*>(this)) stack->forget(view);
+    const auto isView = [&](const auto& other) { return other.get() == &view; };
+    const auto found = std::ranges::find_if(subviews_, isView);
+    if (found == subviews_.end()) return;
+    const auto kept = std::move(*found);  // until nothing here refers to it any more
+    subviews_.erase(found);
+    invalidateStructure();
+}
+
+bool View::isDescendantOf(const View& view) const {
+    for (const View* ancestor = this; ancestor != nullptr; ancestor = ancestor->superview_) {
+        if (ancestor == &view) return true;
+    }
+    return false;
+}
+
+// --- Place
+
+void View::setFrame(const Rect& frame) {
+    const Rect within{finite(frame.x), finite(frame.y), std::max(0.0, finite(frame.width)),
+                      std::max(0.0, finite(frame.height))};
+    if (isPlacedByFrame_ && within == placedFrame_) return;
+    isPlacedByFrame_ = true;
+    placedFrame_ = within;
+    place(within);
+    invalidateStructure();
+}
+
+void View::setPlacedByFrame(bool placed) {
+    if (placed == isPlacedByFrame_) return;
+    isPlacedByFrame_ = placed;
+    placedFrame_ = frame_;
+    invalidateStructure();
+}
+
+void View::place(const Rect& frame) {
+    frame_ = frame;
+    layer_.setFrame(bounds());
+}
+
+Point View::convertPoint(Point point, const View& to) const {
+    const auto fromRoot = [](const View& view) {
+        Point sum;
+        for (const View* v = &view; v->superview_ != nullptr; v = v->superview_) {
+            const Point offset = v->superview_->contentOffset();
+            sum.x += v->frame_.x - offset.x;
+            sum.y += v->frame_.y - offset.y;
+        }
+        return sum;
+    };
+    const Point here = fromRoot(*this);
+    const Point there = fromRoot(to);
+    return {point.x + here.x - there.x, point.y + here.y - there.y};
+}
+
+Rect View::convertRect(const Rect& rect, const View& to) const {
+    const Point origin = convertPoint(rect.origin(), to);
+    return {origin.x, origin.y, rect.width, rect.height};
+}
+
+// --- Looks
+
+void View::setHidden(bool hidden) {
+    if (hidden == isHidden_) return;
+    isHidden_ = hidden;
+    if (isArranged_) invalidateStructure();
+}
+
+void View::setAlpha(double alpha) {
+    alpha_ = alphaWithin(alpha);
+    if (animations_ != nullptr) animations_->alpha.set(alpha_);
+}
+
+double View::presentAlpha() const {
+    // A fade that was begun may have come to its end; an alpha that was set since then counts.
+    if (animations_ == nullptr || animations_->alpha.target() != alpha_) return alpha_;
+    return animations_->alpha.present();
+}
+
+void View::setBorder(double width, const DynamicColor& color) {
+    borderWidth_ = std::max(0.0, finite(width));
+    borderColor_ = color;
+}
+
+// --- Layout
+
+void View::setSemanticContentAttribute(SemanticContentAttribute attribute) {
+    if (attribute == semantic_) return;
+    semantic_ = attribute;
+    invalidateStructure();
+}
+
+LayoutDirection View::effectiveLayoutDirection() const {
+    for (const View* view = this; view != nullptr; view = view->superview_) {
+        if (view->semantic_ == SemanticContentAttribute::forceLeftToRight)
+            return LayoutDirection::leftToRight;
+        if (view->semantic_ == SemanticContentAttribute::forceRightToLeft)
+            return LayoutDirection::rightToLeft;
+    }
+    return traitCollection().layoutDirection;
+}
+
+platform::Size View::intrinsicContentSize(double) const {
+    return {kNoIntrinsicMetric, kNoIntrinsicMetric};
+}
+
+bool View::takesRoom() const {
+    for (const View* view = this; view != nullptr; view = view->superview_) {
+        if (view->isHidden_ && view->isArranged_) return false;
+    }
+    return true;
+}
+
+void View::setNeedsLayout() {
+    View& root = top();
+    if (root.root_ == nullptr || root.root_->needsLayout) return;  // a new one needs it anyway
+    root.root_->needsLayout = true;
+    if (root.root_->needsLayoutBlock) root.root_->needsLayoutBlock();
+}
+
+void View::invalidateStructure() {
+    View& root = top();
+    if (root.root_ == nullptr) return;
+    root.root_->structureChanged = true;
+    setNeedsLayout();
+}
+
+void View::invalidateIntrinsicContentSize() {
+    intrinsicSizeChanged_ = true;
+    setNeedsLayout();
+}
+
+void View::layoutIfNeeded() {
+    View& view = top();
+    Root& tree = view.root();
+    const auto layOut = [&] {
+        tree.needsLayout = false;
+        const bool structureChanged = std::exchange(tree.structureChanged, false);
+        tree.engine.layOut(view, tree.surroundings, structureChanged);
+    };
+    if (!tree.needsLayout) return;
+    if (tree.isLayingOut) {  // asked for in the middle of a pass: frames now, calls with the next
+        layOut();
+        tree.needsLayout = true;
+        return;
+    }
+    const auto kept = view.weak_from_this().lock();
+    tree.isLayingOut = true;
+    for (int pass = 0; pass < kMostPasses && tree.needsLayout; ++pass) {
+        layOut();
+        view.layOutSubtree();
+        if (tree.didLayOutBlock) tree.didLayOutBlock();
+    }
+    if (tree.needsLayout) layOut();
+    tree.isLayingOut = false;
+}
+
+void View::layOutSubtree() {
+    layoutSubviews();
+    const auto children = subviews_;  // `layoutSubviews` may take some out
+    for (const auto& child : children) {
+        if (child->superview_ != this || (child->isHidden_ && child->isArranged_)) continue;
+        child->layOutSubtree();
+    }
+}
+
+// --- Surroundings
+
+const TraitCollection& View::traitCollection() const {
+    static const TraitCollection standard;
+    const View& root = top();
+    return root.root_ == nullptr ? standard : root.root_->surroundings.traits;
+}
+
+const platform::Color& View::resolved(const DynamicColor& color) const {
+    return color.resolved(traitCollection().userInterfaceStyle);
+}
+
+// --- Touches
+
+void View::addGestureRecognizer(std::shared_ptr<TapGestureRecognizer> recognizer) {
+    if (recognizer != nullptr) recognizers_.push_back(std::move(recognizer));
+}
+
+View* View::hitTest(Point point) {
+    if (isHidden_ || alpha_ < kInvisible || !isUserInteractionEnabled_) return nullptr;
+    if (!bounds().contains(point)) return nullptr;
+    const Point offset = contentOffset();
+    for (auto child = subviews_.rbegin(); child != subviews_.rend(); ++child) {
+        const Rect& frame = (*child)->frame_;
+        View* hit =
+            (*child)->hitTest({point.x + offset.x - frame.x, point.y + offset.y - frame.y});
+        if (hit != nullptr) return hit;
+    }
+    return this;
+}
+
+// --- Drawing
+
+void View::draw(platform::Canvas& canvas) const {
+    if (isHidden_) return;
+    drawIn(canvas);
+}
+
+// At its own origin.
+void View::drawIn(platform::Canvas& canvas) const {
+    const double alpha = presentAlpha();
+    if (alpha <= 0) return;
+    if (alpha < 1) canvas.beginGroup();
+    drawBody(canvas);
+    const double oldAlpha = animations_ == nullptr ? 0 : animations_->oldAlpha.present();
+    if (oldAlpha > 0) {
+        // Over the new content: where both are opaque nothing shines through.
+        canvas.beginGroup();
+        animations_->oldContent.draw(canvas);
+        canvas.endGroup(oldAlpha);
+    }
+    if (alpha < 1) canvas.endGroup(alpha);
+}
+
+void View::drawBody(platform::Canvas& canvas) const {
+    const Rect here = bounds();
+    const bool clips = clipsToBounds_ || layer_.masksToBounds();
+    canvas.save();
+    if (clips) canvas.clip(here, cornerRadius_);
+    if (backgroundColor_) {
+        const platform::Color& color = resolved(*backgroundColor_);
+        if (color.alpha > 0) canvas.fill(here, clips ? 0 : cornerRadius_, color);
+    }
+    for (const auto& layer : layer_.sublayers())
+        layer->draw(canvas);
+    drawContent(canvas);
+    drawSubviews(canvas);
+    if (borderWidth_ > 0) {
+        const platform::Color& color = resolved(borderColor_);
+        if (color.alpha > 0) canvas.stroke(here, cornerRadius_, borderWidth_, color);
+    }
+    canvas.restore();
+}
+
+void View::drawSubviews(platform::Canvas& canvas) const {
+    const Point offset = contentOffset();
+    const Rect seen = bounds().movedBy(offset.x, offset.y);
+    for (const auto& child : subviews_) {
+        if (child->isHidden_) continue;
+        // The pages of a scroll view that are not seen need no pictures either.
+        if (clipsToBounds_ && !child->frame_.isEmpty() &&
+            child->frame_.intersection(seen).isEmpty()) {
+            continue;
+        }
+        canvas.save();
+        canvas.translate(child->frame_.x - offset.x, child->frame_.y - offset.y);
+        child->drawIn(canvas);
+        canvas.restore();
+    }
+}
+
+// --- Interface files
+
+bool View::setProperty(std::string_view name, const foundation::Value& value) {
+    using namespace property;
+    if (name == "hidden") {
+        setHidden(boolean(value));
+    } else if (name == "alpha") {
+        setAlpha(number(value));
+    } else if (name == "tag") {
+        setTag(integer(value));
+    } else if (name == "backgroundColor") {
+        setBackgroundColor(optionalColor(value));
+    } else if (name == "cornerRadius") {
+        setCornerRadius(length(value));
+    } else if (name == "borderWidth") {
+        setBorder(length(value), borderColor_);
+    } else if (name == "borderColor") {
+        setBorder(borderWidth_, color(value));
+    } else if (name == "clipsToBounds") {
+        setClipsToBounds(boolean(value));
+    } else if (name == "userInteractionEnabled") {
+        setUserInteractionEnabled(boolean(value));
+    } else if (name == "semanticContentAttribute") {
+        setSemanticContentAttribute(oneOf<SemanticContentAttribute>(
+            value, {{"unspecified", SemanticContentAttribute::unspecified},
+                    {"forceLeftToRight", SemanticContentAttribute::forceLeftToRight},
+                    {"forceRightToLeft", SemanticContentAttribute::forceRightToLeft}}));
+    } else if (name == "hugging") {
+        const auto [horizontal, vertical] = numbers<2>(value);
+        horizontalPriorities_.hugging = horizontal;
+        verticalPriorities_.hugging = vertical;
+    } else if (name == "compressionResistance") {
+        const auto [horizontal, vertical] = numbers<2>(value);
+        horizontalPriorities_.compressionResistance = horizontal;
+        verticalPriorities_.compressionResistance = vertical;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+}  // namespace tavrolin::ui
