@@ -31,7 +31,8 @@ platform::Platform MemoryPlatform::platform() {
             .preferences = &preferences,
             .recordStores = &recordStores,
             .urlSession = &urlSession,
-            .notificationCenter = &notificationCenter};
+            .notificationCenter = &notificationCenter,
+            .drawing = {.typesetter = &typesetter}};
 }
 
 }  // namespace tavrolin::adapters::memory

@@ -12,6 +12,7 @@
 #include "adapters/memory/memory_pasteboard.h"
 #include "adapters/memory/memory_preferences.h"
 #include "adapters/memory/memory_record_stores.h"
+#include "adapters/memory/memory_typesetter.h"
 #include "adapters/memory/memory_url_session.h"
 #include "tavrolin/platform/platform.h"
 
@@ -51,6 +52,7 @@ struct MemoryPlatform {
     MemoryAttachments attachments;
     MemoryNotificationCenter notificationCenter;
     MemoryApplication application;
+    MemoryTypesetter typesetter;
 };
 
 }  // namespace tavrolin::adapters::memory

@@ -20,8 +20,7 @@ void callAfter(double seconds, std::function<void()> completion) {
 
 double AnimatedValue::present() const {
     if (!(seconds_ > 0)) return to_;
-    const double elapsed =
-        foundation::secondsBetween(start_, platform::current().dispatch->now());
+    const double elapsed = foundation::secondsBetween(start_, platform::current().dispatch->now());
     const double part = std::clamp(elapsed / seconds_, 0.0, 1.0);
     if (part >= 1) return to_;
     return from_ + (to_ - from_) * part * part * (3 - 2 * part);

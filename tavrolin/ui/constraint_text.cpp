@@ -57,9 +57,9 @@ public:
 
 private:
     [[noreturn]] void fail(std::string_view expected) const {
-        foundation::Exception::raise(foundation::Exception::kInvalidArgument,
-                                     "column " + std::to_string(at_ + 1) + ": " +
-                                         std::string(expected) + " expected");
+        foundation::Exception::raise(
+            foundation::Exception::kInvalidArgument,
+            "column " + std::to_string(at_ + 1) + ": " + std::string(expected) + " expected");
     }
 
     void skipBlanks() {
@@ -106,8 +106,7 @@ private:
         const char c = next();
         if ((c == '<' || c == '>') && text_.substr(at_, 2).ends_with('=')) {
             at_ += 2;
-            return c == '<' ? LayoutRelation::lessThanOrEqual
-                            : LayoutRelation::greaterThanOrEqual;
+            return c == '<' ? LayoutRelation::lessThanOrEqual : LayoutRelation::greaterThanOrEqual;
         }
         fail("=, <= or >=");
     }

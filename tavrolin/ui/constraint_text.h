@@ -6,8 +6,8 @@
 
 namespace tavrolin::ui {
 
-/// A constraint as it is written: `title.width <= 0.5 * self.width - 8 @750`. The second item may be
-/// absent; its factor may stand before it or, with * or /, behind it.
+/// A constraint as it is written: `title.width <= 0.5 * self.width - 8 @750`. The second item may
+/// be absent; its factor may stand before it or, with * or /, behind it.
 struct ConstraintText {
     std::string_view firstItem;
     LayoutAttribute firstAttribute = LayoutAttribute::none;

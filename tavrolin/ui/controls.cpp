@@ -17,13 +17,13 @@ using platform::Size;
 
 namespace {
 
-constexpr double kImageGap = 8;         // between a button's picture and its title
+constexpr double kImageGap = 8;  // between a button's picture and its title
 constexpr double kDisabledAlpha = 0.4;
 constexpr double kTrackHeight = 4;
 constexpr double kThumb = 26;
 constexpr double kSliderHeight = 32;
 constexpr double kDot = 8;
-constexpr double kDotStep = 16;         // from one dot to the next
+constexpr double kDotStep = 16;  // from one dot to the next
 constexpr double kPageControlHeight = 26;
 
 double part(double value) {
@@ -158,14 +158,13 @@ void Button::describe(foundation::Value& dictionary) const {
     Control::describe(dictionary);
     dictionary.set("text", title());
     dictionary.set("textColor", hexText(resolved(title_.textColor())));
-    dictionary.set("image", image_ == nullptr ? foundation::Value::null()
-                                              : foundation::Value(image_->name()));
+    dictionary.set(
+        "image", image_ == nullptr ? foundation::Value::null() : foundation::Value(image_->name()));
 }
 
 // --- Slider
 
 Slider::Slider() = default;
-
 
 void Slider::setMinimumValue(double value) {
     minimum_ = std::isnan(value) ? 0 : value;
@@ -215,9 +214,9 @@ void Slider::drawContent(Canvas& canvas) const {
     const Rect knob{thumb - kThumb / 2, middle - kThumb / 2, kThumb, kThumb};
     for (const double spread : {2.5, 1.5, 0.5}) {
         const Rect ring = knob.movedBy(0, 1);
-        canvas.fill({ring.x - spread, ring.y - spread, ring.width + 2 * spread,
-                     ring.height + 2 * spread},
-                    kThumb / 2 + spread, Color{0, 0, 0, 0.05});
+        canvas.fill(
+            {ring.x - spread, ring.y - spread, ring.width + 2 * spread, ring.height + 2 * spread},
+            kThumb / 2 + spread, Color{0, 0, 0, 0.05});
     }
     canvas.fill(knob, kThumb / 2, resolved(thumbColor_));
 }

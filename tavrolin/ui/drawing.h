@@ -15,7 +15,9 @@ public:
     explicit Drawing(double scale = 1) : scale_(scale) {}
 
     /// Keeps a text that was drawn or is about to be.
-    void keep(std::shared_ptr<const platform::TextLayout> text) { texts_.push_back(std::move(text)); }
+    void keep(std::shared_ptr<const platform::TextLayout> text) {
+        texts_.push_back(std::move(text));
+    }
     void draw(platform::Canvas& canvas) const;
 
     void save() override;

@@ -79,8 +79,8 @@ public:
 
     Size size() const override { return size_; }
     ImageRef pixels(Size shownPixels, double) override {
-        const double scale = std::max(shownPixels.width / size_.width,
-                                      shownPixels.height / size_.height);
+        const double scale =
+            std::max(shownPixels.width / size_.width, shownPixels.height / size_.height);
         for (std::size_t i = 0; i < files_.size(); ++i) {
             const bool isLast = i + 1 == files_.size();
             if (!isLast && files_[i].scale < scale) continue;
@@ -135,8 +135,8 @@ private:
 
 }  // namespace
 
-std::shared_ptr<Image> Image::withSource(std::unique_ptr<ImageSource> source,
-                                         std::string_view name, double scale) {
+std::shared_ptr<Image> Image::withSource(std::unique_ptr<ImageSource> source, std::string_view name,
+                                         double scale) {
     if (source == nullptr) return nullptr;
     return std::make_shared<SourceImage>(std::move(source), name, scale > 0 ? scale : 1);
 }

@@ -49,11 +49,10 @@ bool ImageView::setProperty(std::string_view name, const foundation::Value& valu
     if (name == "image") {
         setImage(asset(value));
     } else if (name == "contentMode") {
-        setContentMode(
-            oneOf<ContentMode>(value, {{"scaleToFill", ContentMode::scaleToFill},
-                                       {"scaleAspectFit", ContentMode::scaleAspectFit},
-                                       {"scaleAspectFill", ContentMode::scaleAspectFill},
-                                       {"center", ContentMode::center}}));
+        setContentMode(oneOf<ContentMode>(value, {{"scaleToFill", ContentMode::scaleToFill},
+                                                  {"scaleAspectFit", ContentMode::scaleAspectFit},
+                                                  {"scaleAspectFill", ContentMode::scaleAspectFill},
+                                                  {"center", ContentMode::center}}));
     } else if (name == "tintColor") {
         setTintColor(optionalColor(value));
     } else {
@@ -64,8 +63,8 @@ bool ImageView::setProperty(std::string_view name, const foundation::Value& valu
 
 void ImageView::describe(foundation::Value& dictionary) const {
     View::describe(dictionary);
-    dictionary.set("image", image_ == nullptr ? foundation::Value::null()
-                                              : foundation::Value(image_->name()));
+    dictionary.set(
+        "image", image_ == nullptr ? foundation::Value::null() : foundation::Value(image_->name()));
 }
 
 }  // namespace tavrolin::ui

@@ -47,10 +47,14 @@ std::shared_ptr<View> makeView() {
 std::shared_ptr<View> viewOfClass(std::string_view name) {
     using Make = std::shared_ptr<View> (*)();
     static constexpr std::pair<std::string_view, Make> kOwn[] = {
-        {"View", makeView<View>},           {"Label", makeView<Label>},
-        {"Button", makeView<Button>},       {"ImageView", makeView<ImageView>},
-        {"StackView", makeView<StackView>}, {"ScrollView", makeView<ScrollView>},
-        {"Slider", makeView<Slider>},       {"ProgressView", makeView<ProgressView>},
+        {"View", makeView<View>},
+        {"Label", makeView<Label>},
+        {"Button", makeView<Button>},
+        {"ImageView", makeView<ImageView>},
+        {"StackView", makeView<StackView>},
+        {"ScrollView", makeView<ScrollView>},
+        {"Slider", makeView<Slider>},
+        {"ProgressView", makeView<ProgressView>},
         {"PageControl", makeView<PageControl>},
     };
     for (const auto& [own, make] : kOwn) {
@@ -141,8 +145,7 @@ private:
         if (!list.isArray()) raise(place + ": an array expected");
         std::size_t index = 0;
         for (const Value& child : list.items()) {
-            auto subview =
-                view(child, place + "[" + std::to_string(index++) + "]", level + 1);
+            auto subview = view(child, place + "[" + std::to_string(index++) + "]", level + 1);
             if (areArranged) {
                 stack->addArrangedSubview(std::move(subview));
             } else {
@@ -189,8 +192,7 @@ private:
             }
         }
         const auto made = constraintWithText(property::text(item["constraint"]));
-        if (!outlet.empty() &&
-            !constraints_.emplace(std::string(outlet), made.get()).second) {
+        if (!outlet.empty() && !constraints_.emplace(std::string(outlet), made.get()).second) {
             raise("the outlet " + quoted(outlet) + " is taken");
         }
         made->isKept_ = true;
@@ -202,8 +204,7 @@ private:
         ConstraintText parsed;
         at(quoted(text), [&] { parsed = ConstraintText::parse(text); });
         View& first = item(parsed.firstItem, nullptr, text);
-        View* second =
-            parsed.secondItem.empty() ? nullptr : &item(parsed.secondItem, &first, text);
+        View* second = parsed.secondItem.empty() ? nullptr : &item(parsed.secondItem, &first, text);
         return LayoutConstraint::make(first, parsed.firstAttribute, parsed.relation, second,
                                       parsed.secondAttribute, parsed.multiplier, parsed.constant,
                                       parsed.priority);
@@ -270,11 +271,11 @@ std::shared_ptr<View> loadInterfaceFile(std::string_view name, const platform::B
         const auto path = bundle.pathForResource(name, "json");
         if (!path) raise("there is no such interface file");
         const auto bytes = platform::current().files->contents(*path);
-        if (!bytes) raise(bytes.error().localizedDescription());
+        if (!bytes) raise(bytes.error().localizedDescription);
         if (bytes->size() > kMostBytes) raise("more than 1 MB");
         const std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
         const auto contents = platform::current().json->parse(text);
-        if (!contents) raise(contents.error().localizedDescription());
+        if (!contents) raise(contents.error().localizedDescription);
         root = InterfaceFile(*contents).root();
     });
     root->awakeFromNib();

@@ -133,8 +133,8 @@ Label::LayoutRef Label::set(double width, int lines) const {
 const Size& Label::naturalSize() const {
     if (!naturalSize_) {
         natural_.layout = set(platform::kUnlimitedWidth, numberOfLines_);
-        naturalSize_ = natural_.layout == nullptr || text().empty() ? Size()
-                                                                     : natural_.layout->size();
+        naturalSize_ =
+            natural_.layout == nullptr || text().empty() ? Size() : natural_.layout->size();
     }
     return *naturalSize_;
 }
@@ -169,9 +169,9 @@ Label::LayoutRef Label::layoutFor(Size size) const {
     const double height = drawn_.layout->size().height;
     const int count = drawn_.layout->lineCount();
     if (count <= 1 || height <= size.height + kRoundingSlack) return drawn_.layout;
-    int lines = static_cast<int>(
-        std::clamp(std::floor((size.height + kRoundingSlack) / (height / count)), 1.0,
-                   static_cast<double>(count - 1)));
+    int lines =
+        static_cast<int>(std::clamp(std::floor((size.height + kRoundingSlack) / (height / count)),
+                                    1.0, static_cast<double>(count - 1)));
     while (layOut(lines) && lines > 1 &&
            drawn_.layout->size().height > size.height + kRoundingSlack) {
         lines -= lines > 8 ? lines / 8 : 1;
@@ -204,7 +204,7 @@ void Label::drawText(platform::Canvas& canvas, const platform::Rect& rect,
 bool Label::setProperty(std::string_view name, const foundation::Value& value) {
     using namespace property;
     if (name == "text") {
-        setText(text(value));
+        setText(property::text(value));
     } else if (name == "fontSize") {
         platform::Font font = font_;
         font.size = length(value);
@@ -240,8 +240,8 @@ bool Label::setProperty(std::string_view name, const foundation::Value& value) {
 
 void Label::describe(foundation::Value& dictionary) const {
     View::describe(dictionary);
-    const LayoutRef layout = text().empty() || bounds().isEmpty() ? nullptr
-                                                                   : layoutFor(bounds().size());
+    const LayoutRef layout =
+        text().empty() || bounds().isEmpty() ? nullptr : layoutFor(bounds().size());
     TextAlignment alignment = alignment_;
     if (attributedText_ && attributedText_->paragraph.alignment) {
         alignment = *attributedText_->paragraph.alignment;

@@ -71,9 +71,9 @@ private:
         LayoutRef layout;
     };
     mutable std::optional<platform::Size> naturalSize_;
-    mutable Set natural_;                // on unlimited width
-    mutable Set measured_;               // for the width that it was last measured for
-    mutable Set drawn_;                  // what fits `drawnSize_`
+    mutable Set natural_;   // on unlimited width
+    mutable Set measured_;  // for the width that it was last measured for
+    mutable Set drawn_;     // what fits `drawnSize_`
     mutable platform::Size drawnSize_;
 };
 

@@ -81,9 +81,9 @@ private:
     double constant_ = 0;
     LayoutPriority priority_ = priority::required;
     bool isActive_ = false;
-    bool isKept_ = false;       // by its view also when it is not active
+    bool isKept_ = false;        // by its view also when it is not active
     bool isChangeable_ = false;  // its constant has changed before
-    std::uint64_t order_ = 0;   // of activation
+    std::uint64_t order_ = 0;    // of activation
 };
 
 /// Pins leading, trailing, top and bottom of the view to those of its superview (multiplier 1,

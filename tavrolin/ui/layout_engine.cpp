@@ -112,8 +112,7 @@ void LayoutEngine::setUpSide(Record& record, Axis axis) {
         side.size = bounded(isHorizontalAxis ? frame.width : frame.height, kLargest);
         if (outer != nullptr) {
             side.originVariable = outer->originVariable;
-            side.origin =
-                bounded(outer->origin + (isHorizontalAxis ? frame.x : frame.y), kLargest);
+            side.origin = bounded(outer->origin + (isHorizontalAxis ? frame.x : frame.y), kLargest);
         }
     } else {
         if (!isRoot) side.originVariable = solver_.addVariable(LayoutSolver::Kind::unbounded);
@@ -164,8 +163,7 @@ void LayoutEngine::endGoal(LayoutRelation relation, double priority, std::uint64
 
 void LayoutEngine::addOrigin(const Record& record, Axis axis, double factor) {
     const Side& side = record.side(axis);
-    if (side.originVariable != LayoutSolver::kNone)
-        terms_.push_back({side.originVariable, factor});
+    if (side.originVariable != LayoutSolver::kNone) terms_.push_back({side.originVariable, factor});
     constant_ += factor * side.origin;
 }
 
@@ -250,8 +248,7 @@ void LayoutEngine::addItem(std::uint32_t index, LayoutAttribute attribute, doubl
     if (attribute == LayoutAttribute::centerX || attribute == LayoutAttribute::centerY) {
         share = 0.5;
     } else if (attribute == LayoutAttribute::right || attribute == LayoutAttribute::bottom ||
-               attribute ==
-                   (isReversed ? LayoutAttribute::leading : LayoutAttribute::trailing)) {
+               attribute == (isReversed ? LayoutAttribute::leading : LayoutAttribute::trailing)) {
         share = 1;
     }
     addOrigin(record, axis, factor);
@@ -499,8 +496,7 @@ bool LayoutEngine::measureForWidths() {
         if (width == view.measuredWidth_) continue;
         view.measuredWidth_ = width;
         const double available = width < 0 ? platform::kUnlimitedWidth : width;
-        const double height =
-            std::max(0.0, roundedUp(view.intrinsicContentSize(available).height));
+        const double height = std::max(0.0, roundedUp(view.intrinsicContentSize(available).height));
         if (height == vertical.current) continue;
         vertical.current = height;
         solver_.setParameter(vertical.parameter, height - vertical.natural);
@@ -531,8 +527,8 @@ void LayoutEngine::apply() {
         const platform::Point outer = isRoot ? platform::Point() : records_[record.parent].origin;
         if (view.isPlacedByFrame_) {
             const platform::Rect& frame = view.placedFrame_;
-            record.origin = isRoot ? platform::Point()
-                                   : platform::Point{outer.x + frame.x, outer.y + frame.y};
+            record.origin =
+                isRoot ? platform::Point() : platform::Point{outer.x + frame.x, outer.y + frame.y};
             view.place(frame);
         } else {
             const Side& horizontal = record.horizontal;

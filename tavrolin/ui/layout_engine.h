@@ -50,7 +50,7 @@ private:
         std::uint32_t depth = 0;
         bool isRightToLeft = false;
         bool hasContent = false;  // a constraint asks for the content of this scroll view
-        platform::Point origin;  // on the pixel grid, from the root
+        platform::Point origin;   // on the pixel grid, from the root
         Side horizontal;
         Side vertical;
 

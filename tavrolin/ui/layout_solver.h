@@ -95,7 +95,7 @@ private:
     std::vector<Row> definitions_;
     std::size_t definitionCount_ = 0;
     std::vector<Condition> conditions_;
-    Row goal_;  // the one at work, over open variables and parameters
+    Row goal_;                           // the one at work, over open variables and parameters
     std::vector<std::uint32_t> places_;  // of variables in the row at work, from 1; else 0
     std::size_t steps_ = 0;
 };

@@ -32,8 +32,7 @@ std::int64_t integer(const Value& value) {
 }
 
 double number(const Value& value) {
-    const bool isNumber =
-        value.kind() == Value::Kind::integer || value.kind() == Value::Kind::real;
+    const bool isNumber = value.kind() == Value::Kind::integer || value.kind() == Value::Kind::real;
     if (!isNumber || !std::isfinite(value.doubleValue())) refuse("a number", value);
     return value.doubleValue();
 }
@@ -74,9 +73,12 @@ struct Named {
 };
 constexpr DynamicColor kClear = platform::Color::clear();
 constexpr Named kPalette[] = {
-    {"label", palette::label},           {"secondaryLabel", palette::secondaryLabel},
-    {"separator", palette::separator},   {"fill", palette::fill},
-    {"background", palette::background}, {"tint", palette::tint},
+    {"label", palette::label},
+    {"secondaryLabel", palette::secondaryLabel},
+    {"separator", palette::separator},
+    {"fill", palette::fill},
+    {"background", palette::background},
+    {"tint", palette::tint},
     {"clear", kClear},
 };
 

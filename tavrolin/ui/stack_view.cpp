@@ -63,14 +63,14 @@ void StackView::setMargins(const Margins& margins) {
 bool StackView::setProperty(std::string_view name, const foundation::Value& value) {
     using namespace property;
     if (name == "axis") {
-        setAxis(oneOf<Axis>(value,
-                            {{"horizontal", Axis::horizontal}, {"vertical", Axis::vertical}}));
+        setAxis(
+            oneOf<Axis>(value, {{"horizontal", Axis::horizontal}, {"vertical", Axis::vertical}}));
     } else if (name == "spacing") {
         setSpacing(number(value));
     } else if (name == "distribution") {
-        setDistribution(
-            oneOf<StackDistribution>(value, {{"fill", StackDistribution::fill},
-                                             {"fillEqually", StackDistribution::fillEqually}}));
+        setDistribution(oneOf<StackDistribution>(
+            value,
+            {{"fill", StackDistribution::fill}, {"fillEqually", StackDistribution::fillEqually}}));
     } else if (name == "alignment") {
         setAlignment(oneOf<StackAlignment>(value, {{"fill", StackAlignment::fill},
                                                    {"leading", StackAlignment::leading},

@@ -272,8 +272,7 @@ View* View::hitTest(Point point) {
     const Point offset = contentOffset();
     for (auto child = subviews_.rbegin(); child != subviews_.rend(); ++child) {
         const Rect& frame = (*child)->frame_;
-        View* hit =
-            (*child)->hitTest({point.x + offset.x - frame.x, point.y + offset.y - frame.y});
+        View* hit = (*child)->hitTest({point.x + offset.x - frame.x, point.y + offset.y - frame.y});
         if (hit != nullptr) return hit;
     }
     return this;

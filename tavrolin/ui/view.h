@@ -217,7 +217,7 @@ private:
     double borderWidth_ = 0;
     SemanticContentAttribute semantic_ = SemanticContentAttribute::unspecified;
     std::uint32_t layoutIndex_ = UINT32_MAX;  // the layout engine's
-    double measuredWidth_ = -1;  // that its height was measured for; none below 0
+    double measuredWidth_ = -1;               // that its height was measured for; none below 0
     bool intrinsicSizeChanged_ = true;
     bool isArranged_ = false;  // a member of the stack view that is its superview
     bool isPlacedByFrame_ = false;
