@@ -38,6 +38,11 @@ bool isHorizontal(LayoutAttribute attribute) {
     }
 }
 
+// Depends on where text runs to.
+bool isReading(LayoutAttribute attribute) {
+    return attribute == LayoutAttribute::leading || attribute == LayoutAttribute::trailing;
+}
+
 bool isSize(LayoutAttribute attribute) {
     return attribute == LayoutAttribute::width || attribute == LayoutAttribute::height;
 }
@@ -214,15 +219,22 @@ void LayoutEngine::addConstraint(LayoutConstraint& constraint) {
     const std::uint32_t parent = records_[first].parent;
     const std::uint32_t common =
         !isSingle ? commonAncestor(first, second) : (parent == kNowhere ? first : parent);
+    // Where text runs from the right, places are counted from there, to the left.
+    const bool isMirrored =
+        records_[common].isRightToLeft && (isReading(firstAttribute) || isReading(secondAttribute));
+    const double sign = isMirrored ? -1 : 1;
     beginGoal();
-    addItem(first, firstAttribute, 1, common);
-    if (!isSingle) addItem(second, secondAttribute, -multiplier, common);
+    addItem(first, firstAttribute, isSize(firstAttribute) ? 1 : sign, common);
+    if (!isSingle) {
+        addItem(second, secondAttribute, -multiplier * (isSize(secondAttribute) ? 1 : sign),
+                common);
+    }
     // Places are counted from the view that holds both.
-    const Record& outer = records_[common];
     const double rest =
         (isSize(firstAttribute) ? 0 : 1) - (isSingle || isSize(secondAttribute) ? 0 : multiplier);
     if (rest != 0) {
-        addOrigin(outer, isHorizontal(firstAttribute) ? Axis::horizontal : Axis::vertical, -rest);
+        const Axis axis = isHorizontal(firstAttribute) ? Axis::horizontal : Axis::vertical;
+        addEdge(records_[common], axis, isMirrored, -rest * sign);
     }
     Use use{&constraint, bounded(constraint.constant_, kLargest), LayoutSolver::kNone};
     constant_ -= use.constant;

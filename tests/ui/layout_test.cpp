@@ -46,8 +46,8 @@ TEST_F(LayoutTest, ConstraintsPlaceViews) {
          {"a.width = 0 - 50", "b.left = self.left + 200", "b.right = self.right - 150"},
          {{"a", {0, 0, 0, 0}}, {"b", {200, 0, 0, 0}}}},
         {"beyond",
-         {"a.width = 80", "a.height = 20", "b.top >= a.bottom + 8", "b.top = self.top @10",
-          "b.width >= 30", "b.width = 0 @100"},
+         {"a.top = self.top", "a.width = 80", "a.height = 20", "b.top >= a.bottom + 8",
+          "b.top = self.top @10", "b.width >= 30", "b.width = 0 @100"},
          {{"b", {0, 28, 30, 0}}}},
         {"across the tree",
          {"b.left = self.left + 50", "b.width = 100", "b.top = self.top + 50", "b.height = 60",
@@ -65,7 +65,8 @@ TEST_F(LayoutTest, ConstraintsPlaceViews) {
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.name);
-        View root;
+        const auto held = std::make_shared<View>();
+        View& root = *held;
         root.setFrame({0, 0, 300, 200});
         add("a", root);
         add("c", *add("b", root));
@@ -78,7 +79,8 @@ TEST_F(LayoutTest, ConstraintsPlaceViews) {
 }
 
 TEST_F(LayoutTest, ChangedConstantsAndActivityAreTakenUp) {
-    View root;
+    const auto held = std::make_shared<View>();
+    View& root = *held;
     root.setFrame({0, 0, 300, 200});
     add("a", root);
     add("b", root);
@@ -111,7 +113,8 @@ TEST_F(LayoutTest, ChangedConstantsAndActivityAreTakenUp) {
 }
 
 TEST_F(LayoutTest, LeadingIsOnTheRightWhereTextRunsFromThere) {
-    View root;
+    const auto held = std::make_shared<View>();
+    View& root = *held;
     root.setFrame({0, 0, 300, 200});
     auto a = add("a", root);
     auto row = add<ui::StackView>("row", root);
@@ -164,7 +167,7 @@ TEST_F(LayoutTest, StackViewsLineUpWhatIsShown) {
     for (const auto [alignment, x] :
          {std::pair{ui::StackAlignment::leading, 10.0}, std::pair{ui::StackAlignment::center, 47.5},
           std::pair{ui::StackAlignment::trailing, 85.0}}) {
-        column->setFrame({0, 0, 130, 60});
+        column->setFrame({0, 0, 130, 22});
         column->setAlignment(alignment);
         column->layoutIfNeeded();
         EXPECT_EQ(labels[0]->frame(), (Rect{x, 4, 25, 12}));
@@ -172,7 +175,8 @@ TEST_F(LayoutTest, StackViewsLineUpWhatIsShown) {
 }
 
 TEST_F(LayoutTest, RowsShareTheirWidth) {
-    ui::StackView row;
+    const auto held = std::make_shared<ui::StackView>();
+    ui::StackView& row = *held;
     row.setFrame({0, 0, 200, 20});
     row.setSpacing(10);
     std::vector<std::shared_ptr<ui::Label>> labels;
@@ -226,7 +230,8 @@ TEST_F(LayoutTest, WrappedTextsMakeTheWindowHigher) {
 }
 
 TEST_F(LayoutTest, WhatIsPlacedByFrameStaysThere) {
-    View root;
+    const auto held = std::make_shared<View>();
+    View& root = *held;
     auto scroll = add<ui::ScrollView>("scroll", root);
     constrain(root, "scroll.left = self.left");
     constrain(root, "scroll.right = self.right");
