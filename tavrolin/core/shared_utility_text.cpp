@@ -79,7 +79,9 @@ std::optional<StyledText> CVNSharedUtility::getNSAttributedStringFromHTMLString(
 }
 
 StyledText& CVNSharedUtility::setLabelTrailing(StyledText& text) const {
-    text.paragraph.lineBreakMode = platform::LineBreakMode::truncatingTail;
+    guard("-[CVNSharedUtility setLabelTrailing:]",
+          "Could not set lineBreakMode to string due to exception : %@",
+          [&] { text.paragraph.lineBreakMode = platform::LineBreakMode::truncatingTail; });
     return text;
 }
 
