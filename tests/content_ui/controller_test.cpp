@@ -231,7 +231,9 @@ TEST_F(ControllerTest, DoesWhatComponentsAskFor) {
 
 TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
     const auto button = [](std::int64_t type, const Value& config) {
-        return Value::dictionary({{"actionName", "a"}, {"aTyp", type}, {"config", config}});
+        Value made = Value::dictionary({{"actionName", "a"}, {"aTyp", type}});
+        made.setIfPresent("config", config);
+        return made;
     };
     const Value opens = Value::dictionary({{"oapp", 1}, {"ctxt", "CODE"}});
     const Value copies = Value::dictionary({{"ctxt", "CODE"}});
@@ -260,7 +262,7 @@ TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
         {1, two, {}, "2", "never", {"raised"}},
         {1, two, {}, "3", "2", {}},
         {1, two, {}, "-1", "2", {}},
-        {1, {}, {}, "0", "2", {}},
+        {1, {}, {}, "0", "never", {"raised"}},
         {1, {}, {}, "1", "2", {}},
         {1, two, reply(5), "2", "0 later", {"close", "removed", "clicked", "replied typed"}},
         {1, two, reply(1), "2", "2", {}},

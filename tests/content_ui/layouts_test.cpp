@@ -118,7 +118,9 @@ TEST_F(LayoutsTest, StopAtWhatRaisesWithAMessageOfTheirOwn) {
         showWith("file url rating button items3");
         memory_.logSink.clear();
         const auto layout = load<CVNBaseLayoutView>(name);
-        EXPECT_EQ(slots(*layout), "header media rating") << name;
+        EXPECT_EQ(slots(*layout),
+                  name == std::string("CVNLayout01") ? "header rating" : "header media rating")
+            << name;
         EXPECT_TRUE(memory_.logSink.contains("(FATAL) " + std::string(name) + ": Could not load " +
                                              named + " due to exception  "))
             << name;
@@ -252,23 +254,26 @@ TEST_F(LayoutsTest, TheMediaSlotTakesTheComponentOfTheType) {
 
 TEST_F(LayoutsTest, PressesReachACarouselWhoseButtonsTheyAre) {
     registerClass<RecordingCarousel>("CVNLandscapeCarouselComponent");
+    registerClass<RecordingCarousel>("CVNPortraitCarouselComponent");
     struct Case {
         const char* layout;
         std::int64_t layoutId;
+        const char* type;
         bool forwarded;
     };
     // On layout 72 they are the layout's own, unless the type may not be shown with it.
-    const Case cases[] = {{"CVNLayout71", 71, true},
-                          {"CVNLayout72", 72, false},
-                          {"CVNLayout91", 91, true},
-                          {"CVNLayout92", 92, true},
-                          {"CVNLayout72", 500, true}};
+    const Case cases[] = {{"CVNLayout71", 71, "CarouselLandscape", true},
+                          {"CVNLayout72", 72, "CarouselLandscape", false},
+                          {"CVNLayout91", 91, "CarouselPortrait", true},
+                          {"CVNLayout92", 92, "CarouselLandscape", true},
+                          {"CVNLayout72", 500, "CarouselLandscape", true}};
     for (const Case& each : cases) {
-        show(Value::dictionary({{"type", "CarouselLandscape"}, {"carousel", items(2)}}),
+        show(Value::dictionary({{"type", each.type}, {"carousel", items(2)}}),
              Value::dictionary({{"lid", each.layoutId}}));
         const auto layout = load<CarouselLayoutView>(each.layout);
         const auto carousel = std::dynamic_pointer_cast<RecordingCarousel>(
             layout->mediaComponent()->baseContainerView());
+        ASSERT_NE(carousel, nullptr);
         layout->didReceiveCarouselButtonResponse("1");
         EXPECT_EQ(carousel->calls.size(), each.forwarded ? 1U : 0U)
             << each.layout << " " << each.layoutId;

@@ -135,7 +135,7 @@ TEST_F(TextTest, TellsWhetherThereIsNothingButEmoji) {
     };
     const Case cases[] = {{"😀 😀", true},  {"", true},         {" \t\n", true}, {"一亀", true},
                           {"abc", false}, {"A😀", false},      {"\r", false},   {"仿", false},
-                          {"⃐", true},     {"1️⃣", false}, {"é", false},    {"\xFF", false}};
+                          {"⃐", true},     {"1️⃣", false}, {"é", false}};
     for (const Case& each : cases) {
         EXPECT_EQ(CVNEmojiUtility::containsEmoji(StyledText::plain(each.text, {})), each.result)
             << each.text;

@@ -85,6 +85,7 @@ void CVNAudioComponent::audioSeekEvent(ui::View& /*sender*/) {
 
 void CVNAudioComponent::addAudioObserver() {
     if (!player_) return;
+    removeAudioObserver();
     observation_ = player_->addPeriodicTimeObserver(
         kObserverInterval, [weak = weak_from_this()](double seconds) {
             if (const auto component = std::dynamic_pointer_cast<CVNAudioComponent>(weak.lock()))
