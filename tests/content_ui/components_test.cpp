@@ -27,7 +27,6 @@ using foundation::URL;
 using foundation::Value;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 // Gives pictures of 40 by 20 pixels for files that begin with "p" or as a PNG does.
 class WidePictures final : public platform::ImageDecoder {

@@ -14,7 +14,6 @@ namespace {
 using foundation::Value;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using Option = platform::ContentExtensionResponseOption;
 

@@ -8,9 +8,6 @@ namespace tavrolin::tests {
 namespace {
 
 using foundation::Value;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 class LayoutUtilityTest : public ContentUITest {
 protected:

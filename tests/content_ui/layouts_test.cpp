@@ -12,8 +12,6 @@ namespace tavrolin::tests {
 namespace {
 
 using foundation::Value;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 // A component whose interface file is missing.
 class BrokenComponent final : public CVNBaseComponentView {
