@@ -12,6 +12,9 @@ namespace tavrolin::ui {
 
 namespace {
 
+// A timer of the same length may fire so much too early: moments are sums.
+constexpr double kClockRounding = 1e-5;
+
 void callAfter(double seconds, std::function<void()> completion) {
     if (completion) platform::current().dispatch->afterMain(seconds, std::move(completion));
 }
@@ -22,7 +25,7 @@ double AnimatedValue::present() const {
     if (!(seconds_ > 0)) return to_;
     const double elapsed = foundation::secondsBetween(start_, platform::current().dispatch->now());
     const double part = std::clamp(elapsed / seconds_, 0.0, 1.0);
-    if (part >= 1) return to_;
+    if (part >= 1 - kClockRounding) return to_;
     return from_ + (to_ - from_) * part * part * (3 - 2 * part);
 }
 

