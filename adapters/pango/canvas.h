@@ -44,7 +44,7 @@ private:
 /// A canvas of pixels, transparent at first.
 class PixelCanvas : public Canvas {
 public:
-    static constexpr int kMaximumSide = 16'384;  // in pixels
+    static constexpr int kMaximumSide = 32'767;  // in pixels; Cairo's own
     static constexpr double kMaximumPixels = 100'000'000;
 
     /// Of `width` by `height` points, with `scale` pixels for a point; broken pixels count as whole

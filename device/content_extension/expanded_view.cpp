@@ -1,7 +1,6 @@
 #include "device/content_extension/expanded_view.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "adapters/asio/asio_dispatch.h"
@@ -25,10 +24,6 @@ namespace {
 constexpr double kShortDelay = 0.1;
 constexpr double kLongestSettling = 1;
 constexpr double kResponsePatience = 5;
-
-double rounded(double number) {
-    return std::round(number * 1000) / 1000;
-}
 
 // The part of the view that can be seen, in the root's coordinates.
 Rect visiblePart(const ui::View& view, const ui::View& root) {
@@ -187,8 +182,8 @@ Value ExpandedView::description(bool wantsTree) {
     const auto& layout = controller_->baseNotificationView();
     Value result = Value::dictionary(
         {{"layout", layout ? Value(layout->className()) : Value::null()},
-         {"size",
-          Value::dictionary({{"width", rounded(size.width)}, {"height", rounded(size.height)}})}});
+         {"size", Value::dictionary({{"width", ui::numberValue(size.width)},
+                                     {"height", ui::numberValue(size.height)}})}});
     if (wantsTree) result.set("tree", ui::describeTree(*controller_->customView()));
     return result;
 }

@@ -34,7 +34,7 @@ std::string drawn(ui::Window& window, double scale, std::string (Canvas::*bytes)
         window.draw(canvas);
         return (canvas.*bytes)();
     } catch (const foundation::Exception& exception) {
-        throw DeviceError("can't draw the view: " + exception.reason() +
+        throw DeviceError("can't draw that: " + exception.reason() +
                           "; choose a smaller --width or --scale");
     }
 }

@@ -23,17 +23,17 @@ Value button(std::int64_t type, const Value& config = Value::dictionary()) {
     return Value::dictionary({{"actionName", "Button"}, {"aTyp", type}, {"config", config}});
 }
 
-// An image's notification with a button of every kind, the last one to reply with.
+// A text's notification with a button of every kind, the last one to reply with.
 Value expandable(std::string_view trid) {
     Value payload = pushPayload(
         trid, Value::dictionary(
-                  {{"type", "Image"},
+                  {{"type", "Simple"},
                    {"deeplink", "otherapp://offer"},
                    {"actionButton",
                     Value::array({button(1), button(2, Value::dictionary({{"ctxt", "SAVE10"}})),
                                   button(4, Value::dictionary({{"intl", "60"}})), button(3)})},
                    {"rbtn", Value::dictionary({{"name", "Reply"}, {"aTyp", 5}})}}));
-    payload.set("cvnUi", Value::dictionary({{"lid", 21}}));
+    payload.set("cvnUi", Value::dictionary({{"lid", 1}, {"tim", Value::dictionary({{"ty", 0}})}}));
     Value aps = payload["aps"];
     aps.set("category", "CorvalenOffer");
     payload.set("aps", aps);
@@ -88,7 +88,7 @@ TEST(Expand, PrintsTheViewInTheContractsForm) {
     const Value view = device.look({"expand", "push"});
     EXPECT_THAT(keysOf(view),
                 ElementsAre("layout", "size", "nativeActions", "responses", "requests"));
-    EXPECT_EQ(view["layout"], Value("CVNLayout21"));
+    EXPECT_EQ(view["layout"], Value("CVNLayout01"));
     EXPECT_EQ(view["size"]["width"], Value(375));
     EXPECT_GT(view["size"]["height"].doubleValue(), 20);
     EXPECT_EQ(view["nativeActions"], device.look({"categories"}).at(2)["actions"]);
@@ -98,7 +98,7 @@ TEST(Expand, PrintsTheViewInTheContractsForm) {
     const Value tree = device.look({"expand", "push", "--tree", "--width", "320"})["tree"];
     EXPECT_EQ(tree["outlet"], Value("customView"));
     EXPECT_EQ(tree["frame"].at(2), Value(320));
-    EXPECT_EQ(tree["children"].at(0)["class"], Value("CVNLayout21"));
+    EXPECT_EQ(tree["children"].at(0)["class"], Value("CVNLayout01"));
     // Looking changes nothing but the clock, and delivers nothing.
     EXPECT_EQ(device.look({"tray"}).count(), 1U);
     EXPECT_EQ(device.look({"events"}).count(), 1U) << "its delivery";
@@ -145,9 +145,13 @@ TEST(Expand, AnswersEachActionAndAsksOfTheSystemWhatItMeans) {
         EXPECT_EQ(device.run({"expand", "push"}).status, isRemoved ? 1 : 0) << each.step;
         const Value events = device.look({"events"});
         const Value& last = events.at(events.count() - 1);
-        if (*each.event != '\0') EXPECT_EQ(last["name"], Value(each.event)) << each.step;
+        if (*each.event != '\0') {
+            EXPECT_EQ(last["name"], Value(each.event)) << each.step;
+        }
         const std::string_view step = each.step;
-        if (step == "press 1") EXPECT_EQ(device.look({"outbox"})["pasteboard"], Value("SAVE10"));
+        if (step == "press 1") {
+            EXPECT_EQ(device.look({"outbox"})["pasteboard"], Value("SAVE10"));
+        }
         if (step == "press 2") {
             EXPECT_EQ(device.look({"pending"}).at(0)["identifier"], Value("t-1"));
             EXPECT_THAT(strings(device.look({"advance", "60s"})["fired"]), ElementsAre("t-1"));
@@ -299,18 +303,18 @@ TEST(Expand, TakesTheLibrarysFilesFromTheAppsFolderFirst) {
     const TestDevice device;
     device.deliver(expandable("t-1"), {"--id", "push"});
     const std::string overlay = device.folder() + "/app/library";
-    writeFile(overlay + "/CVNLayout21.json", "{\"root\": {\"class\": \"Nothing\"}}");
+    writeFile(overlay + "/CVNLayout01.json", "{\"root\": {\"class\": \"Nothing\"}}");
     const ProgramResult broken =
         device.run({"expand", "push", "--tree", "--png", device.folder() + "-broken.png"});
     EXPECT_EQ(broken.status, 0) << broken.errors;
     EXPECT_TRUE(parsedJSON(broken.output)["layout"].isNull());
-    EXPECT_THAT(broken.errors, HasSubstr("CVNLayout21"));
+    EXPECT_THAT(broken.errors, HasSubstr("CVNLayout01"));
 
     writeFile(overlay + "/CorvalenPushSDKConfig.plist",
-              "<plist><dict><key>LayoutConfig</key><dict><key>Image</key><dict>"
-              "<key>supportedLayouts</key><array><integer>1</integer></array>"
-              "<key>defaultLayout</key><integer>1</integer></dict></dict></dict></plist>");
-    EXPECT_EQ(device.look({"expand", "push"})["layout"], Value("CVNLayout01"));
+              "<plist><dict><key>LayoutConfig</key><dict><key>Simple</key><dict>"
+              "<key>supportedLayouts</key><array><integer>41</integer></array>"
+              "<key>defaultLayout</key><integer>41</integer></dict></dict></dict></plist>");
+    EXPECT_EQ(device.look({"expand", "push"})["layout"], Value("CVNLayout41"));
 }
 
 }  // namespace
