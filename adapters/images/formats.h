@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "adapters/images/byte_source.h"
+#include "adapters/images/scaling.h"
 #include "tavrolin/platform/image_decoder.h"
 
 // What each kind of picture offers to the decoder. `bytes` are known to begin like their kind.
@@ -30,6 +31,14 @@ bool gifBegins(const ByteSource& bytes);
 platform::ImageRef decodeJPEG(const ByteSource& bytes);
 platform::ImageRef decodePNG(const ByteSource& bytes);
 platform::ImageRef decodeWebP(const ByteSource& bytes);
+/// The size as it is shown, from the header; no pixels when there is none.
+PixelSize sizeOfJPEG(const ByteSource& bytes);
+PixelSize sizeOfPNG(const ByteSource& bytes);
+PixelSize sizeOfWebP(const ByteSource& bytes);
+/// As it is shown, scaled down to fit while it is decoded. An interlaced PNG is decoded as a whole.
+platform::ImageRef decodeJPEGFitting(const ByteSource& bytes, PixelSize bounds);
+platform::ImageRef decodePNGFitting(const ByteSource& bytes, PixelSize bounds);
+platform::ImageRef decodeWebPFitting(const ByteSource& bytes, PixelSize bounds);
 /// Whether the header and the first rows decode.
 bool jpegBegins(const ByteSource& bytes);
 bool pngBegins(const ByteSource& bytes);

@@ -248,15 +248,21 @@ public:
         if (index >= count()) return std::nullopt;
         return timings_[index];
     }
-    std::uint32_t width() const override { return canvas_ ? canvas_->image().width : 0; }
-    std::uint32_t height() const override { return canvas_ ? canvas_->image().height : 0; }
-    ImageRef imageFitting(std::uint32_t, std::uint32_t) override { return imageAtIndex(0); }
+    std::uint32_t width() const override { return size_.width; }
+    std::uint32_t height() const override { return size_.height; }
+    ImageRef imageFitting(std::uint32_t width, std::uint32_t height) override {
+        const PixelSize fitted = fittedSize(size_, {width, height});
+        const ImageRef first = imageAtIndex(0);
+        return first && fitted != size_ ? reduced(*first, fitted) : first;
+    }
 
 private:
     // Counts the frames without decoding them.
     void scan() {
         Pass pass(*bytes_);
         if (!canvasIsReasonable(pass, *bytes_)) return;
+        size_ = {static_cast<std::uint32_t>(pass.gif().SWidth),
+                 static_cast<std::uint32_t>(pass.gif().SHeight)};
         while (timings_.size() < kMaximumFrames && pass.nextFrame()) {
             const bool isWhole = pass.skipFrame();
             if (isWhole || timings_.empty()) timings_.push_back(pass.control().timing());
@@ -293,6 +299,7 @@ private:
     }
 
     std::unique_ptr<ByteSource> bytes_;
+    PixelSize size_;
     std::vector<GIFTiming> timings_;  // one for each frame
 
     std::optional<Pass> pass_;

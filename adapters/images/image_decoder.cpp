@@ -42,32 +42,37 @@ bool begins(Format format, const ByteSource& bytes) {
     return false;
 }
 
+// What a kind of still picture can do.
+struct Still {
+    ImageRef (*decode)(const ByteSource&);
+    PixelSize (*size)(const ByteSource&);
+    ImageRef (*decodeFitting)(const ByteSource&, PixelSize bounds);
+};
+constexpr Still kJPEG = {decodeJPEG, sizeOfJPEG, decodeJPEGFitting};
+constexpr Still kPNG = {decodePNG, sizeOfPNG, decodePNGFitting};
+constexpr Still kWebP = {decodeWebP, sizeOfWebP, decodeWebPFitting};
+
 // One picture, decoded when it is asked for.
 class StillSource : public ImageSource {
 public:
-    using Decode = ImageRef (*)(const ByteSource&);
-
-    StillSource(std::unique_ptr<ByteSource> bytes, Decode decode)
-        : bytes_(std::move(bytes)), decode_(decode) {}
+    StillSource(std::unique_ptr<ByteSource> bytes, const Still& still)
+        : bytes_(std::move(bytes)), still_(still), size_(still.size(*bytes_)) {}
 
     std::size_t count() const override { return 1; }
     ImageRef imageAtIndex(std::size_t index) override {
-        return index == 0 ? decode_(*bytes_) : nullptr;
+        return index == 0 ? still_.decode(*bytes_) : nullptr;
     }
     std::optional<GIFTiming> gifTimingAtIndex(std::size_t) override { return std::nullopt; }
-    std::uint32_t width() const override {
-        const ImageRef image = decode_(*bytes_);
-        return image ? image->width : 0;
+    std::uint32_t width() const override { return size_.width; }
+    std::uint32_t height() const override { return size_.height; }
+    ImageRef imageFitting(std::uint32_t width, std::uint32_t height) override {
+        return still_.decodeFitting(*bytes_, {width, height});
     }
-    std::uint32_t height() const override {
-        const ImageRef image = decode_(*bytes_);
-        return image ? image->height : 0;
-    }
-    ImageRef imageFitting(std::uint32_t, std::uint32_t) override { return decode_(*bytes_); }
 
 private:
     std::unique_ptr<ByteSource> bytes_;
-    Decode decode_;
+    const Still& still_;
+    PixelSize size_;
 };
 
 std::unique_ptr<ImageSource> open(std::unique_ptr<ByteSource> bytes) {
@@ -75,10 +80,8 @@ std::unique_ptr<ImageSource> open(std::unique_ptr<ByteSource> bytes) {
     const Format format = formatOf(*bytes);
     if (format == Format::gif) return openGIF(std::move(bytes));
     if (!begins(format, *bytes)) return nullptr;
-    const StillSource::Decode decode = format == Format::jpeg  ? decodeJPEG
-                                       : format == Format::png ? decodePNG
-                                                               : decodeWebP;
-    return std::make_unique<StillSource>(std::move(bytes), decode);
+    const Still& still = format == Format::jpeg ? kJPEG : format == Format::png ? kPNG : kWebP;
+    return std::make_unique<StillSource>(std::move(bytes), still);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <jpeglib.h>
 
 #include "adapters/images/formats.h"
+#include "adapters/images/orientation.h"
 
 namespace tavrolin::adapters::images {
 
@@ -24,23 +25,14 @@ std::uint32_t bigEndian16(const std::uint8_t* bytes) {
 
 // Where the frame header keeps the picture's height; nothing when the header is cut or damaged.
 std::optional<std::uint64_t> offsetOfHeight(const ByteSource& bytes) {
-    std::uint64_t offset = 2;
-    for (;;) {
-        std::array<std::uint8_t, 4> segment{};
-        if (bytes.read(offset, segment.data(), segment.size()) != segment.size()) return {};
-        const std::uint8_t marker = segment[1];
-        if (segment[0] != 0xFF) return {};
-        if (marker == 0xFF) {  // a fill byte
-            ++offset;
-            continue;
-        }
-        if (marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC)
-            return offset + 5;
-        if (marker == 0xDA || marker == 0xD9) return {};
-        const std::uint32_t length = bigEndian16(&segment[2]);
-        if (length < 2) return {};
-        offset += 2 + length;
-    }
+    std::optional<std::uint64_t> found;
+    visitSegments(bytes, [&](std::uint8_t marker, std::uint64_t offset, std::uint32_t) {
+        const bool isFrameHeader =
+            marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+        if (isFrameHeader) found = offset + 1;
+        return isFrameHeader;
+    });
+    return found;
 }
 
 // The same picture, said to end after its first rows. The library keeps all coefficients of a
@@ -100,6 +92,13 @@ public:
     }
     std::uint32_t width() const { return info_.image_width; }
     std::uint32_t height() const { return info_.image_height; }
+    /// What `start` will make of it: so many eighths of its size each way.
+    void setEighths(unsigned eighths) {
+        info_.scale_num = eighths;
+        info_.scale_denom = 8;
+    }
+    std::uint32_t outputWidth() const { return info_.output_width; }
+    std::uint32_t outputHeight() const { return info_.output_height; }
     /// The bytes ended before the picture did.
     bool ranOut() const { return ranOut_; }
 
@@ -116,7 +115,7 @@ public:
         return start() &&
                (info_.buffered_image == FALSE || attempt([this] { jpeg_start_output(&info_, 1); }));
     }
-    /// Into a row of `width` pixels of 4 bytes.
+    /// Into a row of `outputWidth` pixels of 4 bytes.
     bool readRow(std::uint8_t* row) {
         if (!attempt([this, row] {
                 JSAMPROW rows[1] = {row};
@@ -169,7 +168,7 @@ private:
     // Files with the marker keep their inks inverted: 255 is a blank sheet.
     void inkToColour(std::uint8_t* row) const {
         const unsigned flip = info_.saw_Adobe_marker != FALSE ? 0 : 255;
-        for (std::uint32_t x = 0; x < width(); ++x, row += 4) {
+        for (std::uint32_t x = 0; x < outputWidth(); ++x, row += 4) {
             const unsigned black = row[3] ^ flip;
             for (int i = 0; i < 3; ++i)
                 row[i] = static_cast<std::uint8_t>((row[i] ^ flip) * black / 255);
@@ -187,6 +186,18 @@ private:
     bool ranOut_ = false;
     bool isInk_ = false;
 };
+
+// The least that is enough: the library skips the work for the rest.
+unsigned eighthsFor(PixelSize size, PixelSize wanted) {
+    const auto reaches = [](unsigned eighths, std::uint32_t length, std::uint32_t least) {
+        return (std::uint64_t{length} * eighths + 7) / 8 >= least;
+    };
+    unsigned eighths = 1;
+    while (eighths < 8 && !(reaches(eighths, size.width, wanted.width) &&
+                            reaches(eighths, size.height, wanted.height)))
+        ++eighths;
+    return eighths;
+}
 
 }  // namespace
 
@@ -206,6 +217,34 @@ platform::ImageRef decodeJPEG(const ByteSource& bytes) {
         break;
     }
     return image;
+}
+
+PixelSize sizeOfJPEG(const ByteSource& bytes) {
+    Decompression jpeg(bytes);
+    if (!jpeg.readHeader()) return {};
+    return Orientation::ofJPEG(bytes).applied(PixelSize{jpeg.width(), jpeg.height()});
+}
+
+platform::ImageRef decodeJPEGFitting(const ByteSource& bytes, PixelSize bounds) {
+    Decompression jpeg(bytes);
+    if (!jpeg.readHeader() ||
+        !isReasonable(jpeg.width(), jpeg.height(), bytes.size(), kPixelsPerByte))
+        return nullptr;
+    const Orientation orientation = Orientation::ofJPEG(bytes);
+    const PixelSize size = {jpeg.width(), jpeg.height()};
+    const PixelSize fitted = fittedSize(size, orientation.applied(bounds));
+    jpeg.setEighths(eighthsFor(size, fitted));
+    if (!jpeg.start()) return nullptr;
+    Reduction reduction({jpeg.outputWidth(), jpeg.outputHeight()}, fitted);
+    std::vector<std::uint8_t> row(std::size_t{jpeg.outputWidth()} * 4);
+    for (std::uint32_t y = 0; y < jpeg.outputHeight(); ++y) {
+        if (!jpeg.readRow(row.data())) {
+            if (y == 0) return nullptr;
+            break;
+        }
+        reduction.addRow(row.data());
+    }
+    return orientation.applied(reduction.take());
 }
 
 bool jpegBegins(const ByteSource& bytes) {

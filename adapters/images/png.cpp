@@ -99,6 +99,32 @@ platform::ImageRef decodePNG(const ByteSource& bytes) {
     return image;
 }
 
+PixelSize sizeOfPNG(const ByteSource& bytes) {
+    Reading png(bytes);
+    return png.start() ? PixelSize{png.width(), png.height()} : PixelSize{};
+}
+
+platform::ImageRef decodePNGFitting(const ByteSource& bytes, PixelSize bounds) {
+    Reading png(bytes);
+    if (!png.start()) return nullptr;
+    const PixelSize size = {png.width(), png.height()};
+    const PixelSize fitted = fittedSize(size, bounds);
+    if (png.passes() > 1) {
+        const platform::ImageRef whole = decodePNG(bytes);
+        return whole ? reduced(*whole, fitted) : nullptr;
+    }
+    Reduction reduction(size, fitted);
+    std::vector<std::uint8_t> row(std::size_t{size.width} * 4);
+    for (std::uint32_t y = 0; y < size.height; ++y) {
+        if (!png.readRow(row.data())) {
+            if (y == 0) return nullptr;
+            break;
+        }
+        reduction.addRow(row.data());
+    }
+    return reduction.take();
+}
+
 bool pngBegins(const ByteSource& bytes) {
     Reading png(bytes);
     if (!png.start()) return false;

@@ -41,26 +41,47 @@ private:
 
 }  // namespace
 
-platform::ImageRef decodeWebP(const ByteSource& bytes) {
-    if (bytes.size() > kMaximumFile) return nullptr;
+PixelSize sizeOfWebP(const ByteSource& bytes) {
+    ByteStream stream(bytes);
+    const foundation::Value::Bytes block = stream.next();
+    WebPBitstreamFeatures features{};
+    if (WebPGetFeatures(block.data(), block.size(), &features) != VP8_STATUS_OK ||
+        !isReadable(features, bytes.size()))
+        return {};
+    return {static_cast<std::uint32_t>(features.width),
+            static_cast<std::uint32_t>(features.height)};
+}
+
+platform::ImageRef decodeWebPFitting(const ByteSource& bytes, PixelSize bounds) {
+    const PixelSize size = sizeOfWebP(bytes);
+    Config held;
+    if (size == PixelSize{} || !held.isValid()) return nullptr;
     std::vector<std::uint8_t> file(static_cast<std::size_t>(bytes.size()));
     file.resize(bytes.read(0, file.data(), file.size()));
-    WebPBitstreamFeatures features{};
-    if (WebPGetFeatures(file.data(), file.size(), &features) != VP8_STATUS_OK ||
-        !isReadable(features, file.size()))
-        return nullptr;
+    const PixelSize fitted = fittedSize(size, bounds);
     auto image = std::make_shared<platform::Image>();
-    image->width = static_cast<std::uint32_t>(features.width);
-    image->height = static_cast<std::uint32_t>(features.height);
+    image->width = fitted.width;
+    image->height = fitted.height;
     image->pixels.resize(std::size_t{image->width} * image->height * 4);
-    WebPIDecoder* decoder = WebPINewRGB(MODE_RGBA, image->pixels.data(), image->pixels.size(),
-                                        static_cast<int>(image->width * 4));
+    WebPDecoderConfig& config = held.config;
+    config.options.use_scaling = fitted == size ? 0 : 1;
+    config.options.scaled_width = static_cast<int>(fitted.width);
+    config.options.scaled_height = static_cast<int>(fitted.height);
+    config.output.colorspace = MODE_RGBA;
+    config.output.is_external_memory = 1;
+    config.output.u.RGBA = {image->pixels.data(), static_cast<int>(fitted.width * 4),
+                            image->pixels.size()};
+    WebPIDecoder* decoder = WebPIDecode(nullptr, 0, &config);
     if (decoder == nullptr) return nullptr;
     const VP8StatusCode status = WebPIUpdate(decoder, file.data(), file.size());
     int rows = 0;
     WebPIDecGetRGB(decoder, &rows, nullptr, nullptr, nullptr);
     WebPIDelete(decoder);
     return status == VP8_STATUS_OK || rows > 0 ? image : nullptr;
+}
+
+platform::ImageRef decodeWebP(const ByteSource& bytes) {
+    return decodeWebPFitting(bytes, {UINT32_MAX, UINT32_MAX});
 }
 
 bool webpBegins(const ByteSource& bytes) {

@@ -161,6 +161,16 @@ std::vector<Still> stills(unsigned width, unsigned height, std::size_t bytes = 0
             {"lossless webp", test::webp(width, height, {bytes, true}), true}};
 }
 
+// With the note that cameras put in front.
+std::string withOrientation(const std::string& jpeg, unsigned number) {
+    const std::string exif(
+        "\xFF\xE1\0\x22"
+        "Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0",
+        29);
+    return jpeg.substr(0, 2) + exif + static_cast<char>(number) + std::string(6, '\0') +
+           jpeg.substr(2);
+}
+
 TEST(StillPictures, DecodeToTheirColours) {
     for (const Still& still : stills(64, 48)) {
         const auto source = opened(still.file);
@@ -200,6 +210,90 @@ TEST(StillPictures, CutShortKeepTheirFirstRows) {
     }
 }
 
+// --- Pictures made to fit -----------------------------------------------------------------------
+
+TEST(FittedPictures, KeepTheirProportionsAndColours) {
+    struct Case {
+        std::uint32_t width, height;        // asked for
+        std::uint32_t itsWidth, itsHeight;  // given
+    };
+    const Case cases[] = {{16, 1000, 16, 12}, {1000, 7, 9, 7},    {61, 47, 61, 46},
+                          {64, 48, 64, 48},   {900, 900, 64, 48}, {0, 0, 1, 1}};
+    for (const Still& still : stills(64, 48)) {
+        const auto source = opened(still.file);
+        ASSERT_NE(source, nullptr) << still.what;
+        EXPECT_EQ(source->width(), 64U) << still.what;
+        EXPECT_EQ(source->height(), 48U) << still.what;
+        for (const Case& c : cases) {
+            const ImageRef image = source->imageFitting(c.width, c.height);
+            ASSERT_NE(image, nullptr) << still.what;
+            ASSERT_EQ(image->width, c.itsWidth) << still.what << ' ' << c.width;
+            ASSERT_EQ(image->height, c.itsHeight) << still.what << ' ' << c.width;
+            for (std::uint32_t y = 1; y + 1 < image->height; y += 2) {
+                for (std::uint32_t x = 1; x + 1 < image->width; ++x) {
+                    const std::uint8_t* pixel = image->pixels.data() + (y * image->width + x) * 4;
+                    const double red = (x + 0.5) / image->width * 64 - 0.5;
+                    const double green = (y + 0.5) / image->height * 48 - 0.5;
+                    ASSERT_NEAR(pixel[0], red * 255 / 63, 9) << still.what << ' ' << c.width;
+                    ASSERT_NEAR(pixel[1], green * 255 / 47, 9) << still.what << ' ' << c.width;
+                    ASSERT_NEAR(pixel[2], 128, 8) << still.what << ' ' << c.width;
+                    if (std::abs(red - 31.5) < 64.0 / image->width) continue;
+                    ASSERT_NEAR(pixel[3], still.hasAlpha && red < 32 ? 128 : 255, 2) << still.what;
+                }
+            }
+        }
+    }
+    const auto animation = opened(gif(4, 2, {plainFrame(4, 2, 'r', 1), plainFrame(4, 2, 'g', 1)}));
+    EXPECT_EQ(animation->width(), 4U);
+    EXPECT_EQ(test::letters(animation->imageFitting(2, 2)->pixels), "rr");
+}
+
+// What is transparent has no share in the colour.
+TEST(FittedPictures, AverageWhatIsSeen) {
+    const auto source = opened(gif(2, 2, {{"r.r.", 0, 0, 2, 2, 1}}));
+    const ImageRef image = source->imageFitting(1, 1);
+    EXPECT_EQ(image->pixels, (std::vector<std::uint8_t>{255, 0, 0, 128}));
+}
+
+TEST(FittedPictures, CutShortComeAsFarAsTheyGo) {
+    for (const Still& still : stills(200, 200, 40'000)) {
+        const ImageRef image =
+            opened(still.file.substr(0, still.file.size() * 9 / 10))->imageFitting(50, 50);
+        ASSERT_NE(image, nullptr) << still.what;
+        ASSERT_EQ(image->height, 50U);
+        const std::uint8_t* row = image->pixels.data() + std::size_t{2} * 50 * 4;
+        int difference = 0;
+        for (int i = 0; i < 10; ++i)
+            difference += row[(38 + i) * 4] - row[i * 4];
+        EXPECT_GT(difference, 10 * 50) << still.what;
+    }
+}
+
+TEST(FittedPictures, AreTurnedAsTheCameraWasHeld) {
+    // The corners of what is shown: 'k' where both red and green are low, 'r' and 'g' where one is
+    // high, 'y' where both are. As the file has them: "krgy", by rows.
+    const std::string expected[] = {"krgy", "rkyg", "ygrk", "gykr", "kgry", "gkyr", "yrgk", "rykg"};
+    for (unsigned number = 0; number <= 9; ++number) {
+        const auto source = opened(withOrientation(test::jpeg(64, 32), number));
+        ASSERT_NE(source, nullptr);
+        const bool isTurned = number >= 5 && number <= 8;
+        EXPECT_EQ(source->width(), isTurned ? 32U : 64U) << number;
+        EXPECT_EQ(source->height(), isTurned ? 64U : 32U) << number;
+        const ImageRef image = source->imageFitting(isTurned ? 8 : 16, 100);
+        ASSERT_EQ(image->width, isTurned ? 8U : 16U) << number;
+        ASSERT_EQ(image->height, isTurned ? 16U : 8U) << number;
+        std::string seen;
+        for (const std::uint32_t y : {0U, image->height - 1}) {
+            for (const std::uint32_t x : {0U, image->width - 1}) {
+                const std::uint8_t* pixel = image->pixels.data() + (y * image->width + x) * 4;
+                seen +=
+                    pixel[0] < 128 ? (pixel[1] < 128 ? 'k' : 'g') : (pixel[1] < 128 ? 'r' : 'y');
+            }
+        }
+        EXPECT_EQ(seen, number >= 1 && number <= 8 ? expected[number - 1] : "krgy") << number;
+    }
+}
+
 // --- Hostile files ------------------------------------------------------------------------------
 
 TEST(HostilePictures, OfMorePixelsThanTheirBytesCanHoldAreRefused) {
@@ -212,11 +306,13 @@ TEST(HostilePictures, OfMorePixelsThanTheirBytesCanHoldAreRefused) {
     for (const std::string& file : {canvas, jpeg, png}) {
         const auto source = opened(file);
         EXPECT_TRUE(source == nullptr || source->imageAtIndex(0) == nullptr);
+        EXPECT_TRUE(source == nullptr || source->imageFitting(10, 10) == nullptr);
     }
 }
 
 TEST(HostilePictures, DamagedAnywhereAreSurvived) {
     std::vector<Still> files = stills(24, 20);
+    files.push_back({"photo", withOrientation(test::jpeg(24, 20), 6), false});
     files.push_back(
         {"gif",
          gif(6, 6,
@@ -234,6 +330,9 @@ TEST(HostilePictures, DamagedAnywhereAreSurvived) {
                                               std::size_t{image->width} * image->height * 4)
                         << original.what << ", byte " << i;
                 }
+                const ImageRef fitted = source ? source->imageFitting(7, 5) : nullptr;
+                ASSERT_TRUE(!fitted || (fitted->width <= 7 && fitted->height <= 5))
+                    << original.what << ", byte " << i;
             }
         }
     }

@@ -11,7 +11,8 @@ namespace {
 
 using tavrolin::adapters::images::ImageDecoder;
 
-// Every frame of a picture, and the probing of it as a file. Large canvases only cost time here.
+// Every frame of a picture, the picture made to fit, and the probing of it as a file. Large
+// canvases only cost time here.
 void decode(const std::uint8_t* bytes, std::size_t size) {
     constexpr std::size_t kFrames = 64;
     ImageDecoder decoder;
@@ -22,6 +23,13 @@ void decode(const std::uint8_t* bytes, std::size_t size) {
             std::abort();
         source->gifTimingAtIndex(i);
     }
+    if (!source) return;
+    constexpr std::uint32_t kWidth = 40;
+    constexpr std::uint32_t kHeight = 30;
+    const auto fitted = source->imageFitting(kWidth, kHeight);
+    if (fitted && (fitted->width > kWidth || fitted->height > kHeight || source->width() == 0 ||
+                   fitted->pixels.size() != std::size_t{fitted->width} * fitted->height * 4))
+        std::abort();
 }
 
 void probe(const std::uint8_t* bytes, std::size_t size) {

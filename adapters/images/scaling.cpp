@@ -1,0 +1,113 @@
+#include "adapters/images/scaling.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace tavrolin::adapters::images {
+
+using platform::Image;
+
+PixelSize fittedSize(PixelSize picture, PixelSize bounds) {
+    const PixelSize most = {std::clamp(bounds.width, 1U, picture.width),
+                            std::clamp(bounds.height, 1U, picture.height)};
+    const double scale = std::min(static_cast<double>(most.width) / picture.width,
+                                  static_cast<double>(most.height) / picture.height);
+    const auto scaled = [scale](std::uint32_t length, std::uint32_t limit) {
+        return std::clamp(static_cast<std::uint32_t>(std::lround(length * scale)), 1U, limit);
+    };
+    return {scaled(picture.width, most.width), scaled(picture.height, most.height)};
+}
+
+Reduction::Reduction(PixelSize from, PixelSize to)
+    : from_(from), to_(to), image_(std::make_shared<Image>()) {
+    image_->width = to.width;
+    image_->height = to.height;
+    image_->pixels.resize(std::size_t{to.width} * to.height * 4);
+    if (from == to) return;
+    across_.resize(std::size_t{to.width} * 4);
+    sums_.resize(across_.size());
+}
+
+void Reduction::addRow(const std::uint8_t* row) {
+    if (nextRow_ >= from_.height) return;
+    const std::uint64_t y = nextRow_++;
+    if (from_ == to_) {
+        const std::size_t rowBytes = std::size_t{to_.width} * 4;
+        std::memcpy(image_->pixels.data() + finishedRows_++ * rowBytes, row, rowBytes);
+        return;
+    }
+    sumAcross(row);
+    // In units of which a row of the picture has as many as the result has rows, and the other way
+    // round. It touches two rows of the result at most, as that is no higher than the picture.
+    const std::uint64_t begin = y * to_.height;
+    const std::uint64_t end = begin + to_.height;
+    const std::uint64_t border = (finishedRows_ + std::uint64_t{1}) * from_.height;
+    addToRow(static_cast<float>(std::min(end, border) - begin) / static_cast<float>(from_.height));
+    if (end < border) return;
+    finishRow();
+    if (end > border) addToRow(static_cast<float>(end - border) / static_cast<float>(from_.height));
+}
+
+// Sums are of colours that are multiplied with their alpha, each by the share of the result's pixel
+// that it covers.
+void Reduction::sumAcross(const std::uint8_t* row) {
+    const auto whole = static_cast<float>(from_.width);
+    std::ranges::fill(across_, 0.0F);
+    float* to = across_.data();
+    std::uint64_t border = from_.width;
+    std::uint64_t begin = 0;
+    for (std::uint32_t x = 0; x < from_.width; ++x, row += 4) {
+        const float alpha = row[3];
+        const float pixel[4] = {row[0] * alpha, row[1] * alpha, row[2] * alpha, alpha};
+        const std::uint64_t end = begin + to_.width;
+        const auto add = [&](std::uint64_t units) {
+            const float share = static_cast<float>(units) / whole;
+            for (int i = 0; i < 4; ++i)
+                to[i] += pixel[i] * share;
+        };
+        add(std::min(end, border) - begin);
+        if (end >= border) {
+            to += 4;
+            if (end > border) add(end - border);
+            border += from_.width;
+        }
+        begin = end;
+    }
+}
+
+void Reduction::addToRow(float share) {
+    for (std::size_t i = 0; i < sums_.size(); ++i)
+        sums_[i] += across_[i] * share;
+}
+
+void Reduction::finishRow() {
+    if (finishedRows_ >= to_.height) return;
+    std::uint8_t* to = image_->pixels.data() + std::size_t{finishedRows_++} * to_.width * 4;
+    for (std::size_t i = 0; i < sums_.size(); i += 4, to += 4) {
+        const float alpha = sums_[i + 3];
+        const auto rounded = [](float value) {
+            return static_cast<std::uint8_t>(std::min(value + 0.5F, 255.0F));
+        };
+        to[3] = rounded(alpha);
+        if (to[3] == 0) continue;
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            to[channel] = rounded(sums_[i + channel] / alpha);
+    }
+    std::ranges::fill(sums_, 0.0F);
+}
+
+std::shared_ptr<Image> Reduction::take() {
+    if (!sums_.empty()) finishRow();
+    return std::move(image_);
+}
+
+std::shared_ptr<Image> reduced(const Image& image, PixelSize to) {
+    Reduction reduction({image.width, image.height}, to);
+    for (std::uint32_t y = 0; y < image.height; ++y)
+        reduction.addRow(image.pixels.data() + std::size_t{y} * image.width * 4);
+    return reduction.take();
+}
+
+}  // namespace tavrolin::adapters::images
