@@ -9,7 +9,8 @@ MemoryPlatform::MemoryPlatform()
       imageDecoder(files),
       attachments(files),
       notificationCenter(dispatch),
-      application(dispatch) {
+      application(dispatch),
+      mediaPlayers(dispatch) {
     // Downloads get their lasting names where they lie.
     std::filesystem::path folder;
     for (const auto& name : std::filesystem::temp_directory_path()) {
@@ -32,7 +33,10 @@ platform::Platform MemoryPlatform::platform() {
             .recordStores = &recordStores,
             .urlSession = &urlSession,
             .notificationCenter = &notificationCenter,
-            .drawing = {.typesetter = &typesetter}};
+            .drawing = {.htmlImporter = &htmlImporter,
+                        .languageRecognizer = &languageRecognizer,
+                        .mediaPlayers = &mediaPlayers,
+                        .typesetter = &typesetter}};
 }
 
 }  // namespace tavrolin::adapters::memory

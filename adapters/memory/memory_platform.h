@@ -5,9 +5,12 @@
 #include "adapters/memory/memory_bundles.h"
 #include "adapters/memory/memory_dispatch.h"
 #include "adapters/memory/memory_files.h"
+#include "adapters/memory/memory_html_importer.h"
 #include "adapters/memory/memory_image_decoder.h"
 #include "adapters/memory/memory_json_text.h"
+#include "adapters/memory/memory_language_recognizer.h"
 #include "adapters/memory/memory_log_sink.h"
+#include "adapters/memory/memory_media_players.h"
 #include "adapters/memory/memory_notification_center.h"
 #include "adapters/memory/memory_pasteboard.h"
 #include "adapters/memory/memory_preferences.h"
@@ -52,6 +55,9 @@ struct MemoryPlatform {
     MemoryAttachments attachments;
     MemoryNotificationCenter notificationCenter;
     MemoryApplication application;
+    MemoryHTMLImporter htmlImporter;
+    MemoryLanguageRecognizer languageRecognizer;
+    MemoryMediaPlayers mediaPlayers;
     MemoryTypesetter typesetter;
 };
 

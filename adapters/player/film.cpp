@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <string_view>
@@ -32,6 +33,11 @@ constexpr const char* kPictures =
     "videoflip name=upright method=automatic ! videoscale ! videoconvert ! "
     "capsfilter name=size caps=video/x-raw,format=RGBA,width=(int)[1,64],height=(int)[1,64] ! "
     "appsink name=pictures sync=false max-buffers=1 enable-last-sample=false";
+
+// The queue lets GStreamer read on for four seconds: of a sound file that doesn't say how long it
+// is, that is what an estimate is made from.
+constexpr const char* kSound =
+    "queue max-size-time=4000000000 max-size-buffers=0 max-size-bytes=4194304 ! fakesink";
 
 Error failure(std::string description) {
     return {"MediaPlayer", 1, std::move(description)};
@@ -216,22 +222,27 @@ private:
         if (caps == nullptr) return;
         const std::string_view kind = self->kindOf(caps);
         if (kind == "audio/x-raw" && !self->hasSound.exchange(true))
-            self->attach(pad, self->gst.elementMake("fakesink", nullptr));
+            self->attach(pad, self->made(kSound));
         if (kind == "video/x-raw" && !self->hasPictures.exchange(true))
             self->attach(pad, self->makePictures());
         self->gst.miniObjectUnref(&caps->mini_object);
     }
 
-    GstElement* makePictures() {
+    GstElement* made(const char* description) const {
         GError* error = nullptr;
-        GstElement* made = gst.parseBin(kPictures, TRUE, &error);
+        GstElement* result = gst.parseBin(description, TRUE, &error);
         if (error != nullptr) gst.errorFree(error);
-        if (made == nullptr) return nullptr;
-        auto* all = reinterpret_cast<GstBin*>(made);
+        return result;
+    }
+
+    GstElement* makePictures() {
+        GstElement* sink = made(kPictures);
+        if (sink == nullptr) return nullptr;
+        auto* all = reinterpret_cast<GstBin*>(sink);
         pictures = gst.binGetByName(all, "pictures");
         size = gst.binGetByName(all, "size");
         upright = gst.binGetByName(all, "upright");
-        return made;
+        return sink;
     }
 
     void attach(GstPad* pad, GstElement* sink) {
@@ -264,24 +275,33 @@ foundation::Expected<std::unique_ptr<Film>> Film::open(const std::string& path) 
     if (problem) return *problem;
     if (!pipeline.hasSound && !pipeline.hasPictures)
         return failure("There is neither sound nor picture in it.");
+    film->duration_ = film->queriedDuration();
     return film;
 }
 
 double Film::duration() const {
-    gint64 nanoseconds = -1;
+    return duration_;
+}
+
+double Film::queriedDuration() const {
+    // Of a file that doesn't say, GStreamer makes an estimate when it has read on for a moment.
+    constexpr auto kPatience = std::chrono::milliseconds(300);
     const auto& gst = pipeline_->gst;
-    if (gst.queryDuration(pipeline_->element, GST_FORMAT_TIME, &nanoseconds) == 0 ||
-        nanoseconds < 0) {
-        return std::nan("");
+    const auto begin = std::chrono::steady_clock::now();
+    gint64 nanoseconds = -1;
+    while (gst.queryDuration(pipeline_->element, GST_FORMAT_TIME, &nanoseconds) == 0) {
+        if (std::chrono::steady_clock::now() - begin > kPatience) return std::nan("");
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     const double seconds = static_cast<double>(nanoseconds) / 1e9;
-    return seconds <= kLongest ? seconds : std::nan("");
+    return seconds >= 0 && seconds <= kLongest ? seconds : std::nan("");
 }
 
 platform::ImageRef Film::frame(double seconds, Size maximum) {
     if (seconds == lastMoment_ && maximum == lastMaximum_) return lastFrame_;
     const Size own = pipeline_->ownSize();
-    if (own.width < 1 || own.height < 1 || !(maximum.width >= 1) || !(maximum.height >= 1)) return nullptr;
+    if (own.width < 1 || own.height < 1 || !(maximum.width >= 1) || !(maximum.height >= 1))
+        return nullptr;
     const double scale = std::min({1.0, maximum.width / own.width, maximum.height / own.height});
     const auto pixels = [scale](double length) {
         return std::clamp(static_cast<int>(length * scale + 1e-6), 1, kLargestSide);

@@ -27,8 +27,10 @@ public:
 private:
     struct Pipeline;
     explicit Film(std::unique_ptr<Pipeline> pipeline);
+    double queriedDuration() const;
 
     std::unique_ptr<Pipeline> pipeline_;
+    double duration_ = 0;
     double lastMoment_ = -1;
     platform::Size lastMaximum_;
     platform::ImageRef lastFrame_;

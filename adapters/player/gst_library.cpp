@@ -61,26 +61,25 @@ bool findAll(void* handle, GstLibrary& library) {
            find(handle, "gst_buffer_get_size", library.bufferSize);
 }
 
-bool isWritableOrCanBeMade(std::filesystem::path folder) {
+bool canBeWrittenTo(const std::filesystem::path& folder) {
     std::error_code error;
-    while (!folder.empty() && !std::filesystem::exists(folder, error)) {
-        if (folder == folder.parent_path()) return false;
-        folder = folder.parent_path();
-    }
-    return !folder.empty() && ::access(folder.c_str(), W_OK | X_OK) == 0;
+    std::filesystem::create_directories(folder, error);
+    return !error && ::access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
-bool cacheIsWritable() {
+// Where GStreamer would keep its list.
+bool cacheCanBeWrittenTo() {
     if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache != nullptr && *cache != 0)
-        return isWritableOrCanBeMade(cache);
+        return canBeWrittenTo(std::filesystem::path(cache) / "gstreamer-1.0");
     const char* home = std::getenv("HOME");
-    return home != nullptr && isWritableOrCanBeMade(std::filesystem::path(home) / ".cache");
+    return home != nullptr &&
+           canBeWrittenTo(std::filesystem::path(home) / ".cache" / "gstreamer-1.0");
 }
 
 // Without a list that lasts, every process would look through all the plug-ins. The list says what
 // is loaded, so nobody else may write it.
 void keepListSomewhere() {
-    if (std::getenv("GST_REGISTRY") != nullptr || cacheIsWritable()) return;
+    if (std::getenv("GST_REGISTRY") != nullptr || cacheCanBeWrittenTo()) return;
     const std::string folder = std::filesystem::temp_directory_path().string() +
                                "/tavrolin-player-" + std::to_string(::getuid());
     ::mkdir(folder.c_str(), S_IRWXU);

@@ -22,7 +22,11 @@ struct Observer {
 struct ClockedMediaPlayer::State : std::enable_shared_from_this<State> {
     explicit State(Dispatch& port) : dispatch(port) {}
 
-    double elapsed() const { return std::max(0.0, secondsBetween(since, dispatch.now())); }
+    // A date is good to a quarter of a microsecond only; a whole second is to be a whole second.
+    double elapsed() const {
+        const double seconds = std::max(0.0, secondsBetween(since, dispatch.now()));
+        return std::round(seconds * 1e6) / 1e6;
+    }
     double position() const {
         if (!isPlaying) return start;
         const double now = start + elapsed();
