@@ -124,14 +124,13 @@ void writeIfMissing(const std::string& path, std::string_view text) {
 }
 
 // The pictures that came with the sample app, as they stand beside the program.
-void copyPictures(const std::string& from, const std::string& to) {
+void copyPictures(const fs::path& from, const fs::path& to) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(from, error)) {
         if (!entry.is_regular_file(error)) continue;
-        const std::string name = entry.path().filename().string();
         std::ifstream file(entry.path(), std::ios::binary);
         const std::string bytes(std::istreambuf_iterator<char>(file), {});
-        if (file) writeIfMissing(to + "/" + name, bytes);
+        if (file) writeIfMissing((to / entry.path().filename()).string(), bytes);
     }
 }
 

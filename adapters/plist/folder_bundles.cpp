@@ -71,7 +71,8 @@ std::optional<std::string> FolderBundle::pathForResource(std::string_view name,
     if (!type.empty()) file.append(1, '.').append(type);
     std::error_code error;
     for (const std::string& folder : folders_) {
-        std::string path = folder + "/" + file;
+        std::string path = folder;
+        path.append(1, '/').append(file);
         if (fs::exists(path, error)) return path;
     }
     return std::nullopt;
