@@ -1,0 +1,267 @@
+// What pictures cost: the frame list of a GIF beside giflib's own streaming and compositing of the
+// same frames, and a photo of 12 megapixels that is shown small beside the JPEG library's own
+// scaled decoding.
+
+#include <gif_lib.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// Does not include what it needs itself.
+#include <jpeglib.h>
+
+#include "adapters/images/image_decoder.h"
+#include "benchmarks/ratios.h"
+#include "tavrolin/service_extension/gif_image_utility.h"
+#include "tests/support/pictures.h"
+
+namespace {
+
+using namespace tavrolin;
+using benchmarks::TimeOf;
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr int kWidth = 320;
+constexpr int kHeight = 240;
+constexpr int kFrames = 30;
+constexpr int kColors = 64;
+constexpr unsigned kPhotoWidth = 4000;
+constexpr unsigned kPhotoHeight = 3000;
+constexpr std::uint32_t kShownWidth = 750;  // 375 points at two pixels for a point
+constexpr int kTurns = 15;
+
+void require(bool holds, const char* what) {
+    if (!holds) throw std::runtime_error(what);
+}
+
+// --- The GIF ------------------------------------------------------------------------------------
+
+int append(GifFileType* gif, const GifByteType* bytes, int count) {
+    auto* file = static_cast<Bytes*>(gif->UserData);
+    file->insert(file->end(), bytes, bytes + count);
+    return count;
+}
+
+// Rings that move over a background; every frame but the first covers the middle half only and lets
+// some of what is below show through. Of two delays by turns, in hundredths.
+Bytes animation(int delay, int otherDelay) {
+    Bytes file;
+    int error = 0;
+    GifFileType* gif = EGifOpen(&file, append, &error);
+    require(gif != nullptr, "no GIF can be made");
+    EGifSetGifVersion(gif, true);
+    ColorMapObject* colors = GifMakeMapObject(kColors, nullptr);
+    for (int i = 0; i < kColors; ++i) {
+        const auto shade = static_cast<GifByteType>(i * 4);
+        colors->Colors[i] = {shade, static_cast<GifByteType>(255 - shade), 128};
+    }
+    EGifPutScreenDesc(gif, kWidth, kHeight, 6, 0, colors);
+    for (int frame = 0; frame < kFrames; ++frame) {
+        const GraphicsControlBlock control = {DISPOSE_DO_NOT, false,
+                                              frame % 2 == 0 ? delay : otherDelay,
+                                              frame == 0 ? NO_TRANSPARENT_COLOR : 0};
+        GifByteType block[4];
+        EGifGCBToExtension(&control, block);
+        EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, sizeof block, block);
+        const bool isWhole = frame == 0;
+        const int width = isWhole ? kWidth : kWidth / 2;
+        const int height = isWhole ? kHeight : kHeight / 2;
+        const int left = (kWidth - width) / 2;
+        const int top = (kHeight - height) / 2;
+        EGifPutImageDesc(gif, left, top, width, height, false, nullptr);
+        std::vector<GifPixelType> row(static_cast<std::size_t>(width));
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const int dx = x + left - kWidth / 2;
+                const int dy = y + top - kHeight / 2;
+                row[static_cast<std::size_t>(x)] = static_cast<GifPixelType>(
+                    ((dx * dx + dy * dy) / 97 + frame * 3) & (kColors - 1));
+            }
+            EGifPutLine(gif, row.data(), width);
+        }
+    }
+    EGifCloseFile(gif, &error);
+    GifFreeMapObject(colors);
+    return file;
+}
+
+struct Reading {
+    const Bytes& bytes;
+    std::size_t offset = 0;
+};
+
+int readBytes(GifFileType* gif, GifByteType* to, int count) {
+    auto* reading = static_cast<Reading*>(gif->UserData);
+    const std::size_t now =
+        std::min(static_cast<std::size_t>(count), reading->bytes.size() - reading->offset);
+    std::memcpy(to, reading->bytes.data() + reading->offset, now);
+    reading->offset += now;
+    return static_cast<int>(now);
+}
+
+// Of files without surprises: frames that stay, within the canvas, not interlaced.
+std::vector<Bytes> bareFrames(const Bytes& file) {
+    Reading reading{file};
+    int error = 0;
+    GifFileType* gif = DGifOpen(&reading, readBytes, &error);
+    require(gif != nullptr, "the GIF can't be opened");
+    std::vector<Bytes> frames;
+    Bytes canvas(std::size_t{kWidth} * kHeight * 4);
+    Bytes row(kWidth);
+    int transparent = NO_TRANSPARENT_COLOR;
+    for (GifRecordType record = UNDEFINED_RECORD_TYPE; record != TERMINATE_RECORD_TYPE;) {
+        require(DGifGetRecordType(gif, &record) == GIF_OK, "the GIF can't be read");
+        if (record == EXTENSION_RECORD_TYPE) {
+            int code = 0;
+            GifByteType* block = nullptr;
+            DGifGetExtension(gif, &code, &block);
+            GraphicsControlBlock control{};
+            if (code == GRAPHICS_EXT_FUNC_CODE) {
+                DGifExtensionToGCB(block[0], block + 1, &control);
+                transparent = control.TransparentColor;
+            }
+            while (block != nullptr)
+                DGifGetExtensionNext(gif, &block);
+        } else if (record == IMAGE_DESC_RECORD_TYPE) {
+            DGifGetImageDesc(gif);
+            const GifImageDesc& frame = gif->Image;
+            for (int y = 0; y < frame.Height; ++y) {
+                DGifGetLine(gif, row.data(), frame.Width);
+                std::uint8_t* to =
+                    canvas.data() + (std::size_t{kWidth} * static_cast<unsigned>(frame.Top + y) +
+                                     static_cast<unsigned>(frame.Left)) *
+                                        4;
+                for (int x = 0; x < frame.Width; ++x, to += 4) {
+                    const int color = row[static_cast<std::size_t>(x)];
+                    if (color == transparent) continue;
+                    const GifColorType& rgb = gif->SColorMap->Colors[color];
+                    to[0] = rgb.Red;
+                    to[1] = rgb.Green;
+                    to[2] = rgb.Blue;
+                    to[3] = 255;
+                }
+            }
+            frames.push_back(canvas);
+        }
+    }
+    DGifCloseFile(gif, &error);
+    return frames;
+}
+
+std::optional<AnimatedImage> frameList(const Bytes& file) {
+    return CVNGifImageUtility::animatedImageWithAnimatedGIFReleasingImageSource(
+        adapters::images::ImageDecoder().sourceWithData(file));
+}
+
+std::size_t memoryInUse() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+void measureGIF() {
+    const Bytes even = animation(10, 10);
+    const std::vector<Bytes> expected = bareFrames(even);
+    const auto list = frameList(even);
+    require(list && list->images.size() == kFrames, "not all frames came");
+    for (int i = 0; i < kFrames; ++i) {
+        const auto index = static_cast<std::size_t>(i);
+        require(list->images[index]->pixels == expected[index], "a frame differs");
+    }
+    const auto times = benchmarks::timesInTurns(
+        TimeOf::processor, kTurns, 4, {[&] { frameList(even); }, [&] { bareFrames(even); }});
+    std::printf("GIF of %d frames of %d by %d: %.2f ms (giflib %.2f ms)\n", kFrames, kWidth,
+                kHeight, benchmarks::median(times[0]) / 1e3, benchmarks::median(times[1]) / 1e3);
+    for (const int delay : {10, 7, 1}) {
+        const Bytes file = animation(delay, 100);
+        const std::size_t before = memoryInUse();
+        const auto animated = frameList(file);
+        std::printf(
+            "GIF list of %5zu entries, %d distinct frames: %.2f MB (their pixels %.2f MB)\n",
+            animated->images.size(), kFrames, static_cast<double>(memoryInUse() - before) / 1e6,
+            kFrames * kWidth * kHeight * 4 / 1e6);
+    }
+    benchmarks::printRatio("gif_frame_list", benchmarks::medianRatio(times[0], times[1]), 1.1);
+}
+
+// --- The photo ----------------------------------------------------------------------------------
+
+double kilobytesOf(const char* field) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(field)) return std::atof(line.c_str() + std::strlen(field));
+    }
+    return 0;
+}
+
+// The most memory that the work takes at any time on top of what is there, in bytes.
+double peakOf(const std::function<void()>& work) {
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
+    const double before = kilobytesOf("VmRSS:");
+    work();
+    return (kilobytesOf("VmHWM:") - before) * 1024;
+}
+
+// A quarter of the size each way, as the library makes it.
+Bytes barePhoto(const Bytes& file) {
+    jpeg_decompress_struct info{};
+    jpeg_error_mgr errors{};
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, file.data(), file.size());
+    jpeg_read_header(&info, TRUE);
+    info.scale_num = 2;
+    info.scale_denom = 8;
+    info.out_color_space = JCS_EXT_RGBA;
+    jpeg_start_decompress(&info);
+    Bytes pixels(std::size_t{info.output_width} * info.output_height * 4);
+    while (info.output_scanline < info.output_height) {
+        JSAMPROW row = pixels.data() + std::size_t{info.output_scanline} * info.output_width * 4;
+        jpeg_read_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_decompress(&info);
+    jpeg_destroy_decompress(&info);
+    return pixels;
+}
+
+void measurePhoto() {
+    const std::string text = test::jpeg(kPhotoWidth, kPhotoHeight, {3'000'000, false});
+    const Bytes file(text.begin(), text.end());
+    const auto source = adapters::images::ImageDecoder().sourceWithData(file);
+    require(source != nullptr, "the photo can't be opened");
+    platform::ImageRef image;
+    const double peak = peakOf([&] { image = source->imageFitting(kShownWidth, kPhotoHeight); });
+    const auto shown = static_cast<double>(image->pixels.size());
+    std::printf(
+        "photo of 12 megapixels shown in %u by %u: peak %.2f MB (the shown pixels %.2f MB)\n",
+        image->width, image->height, peak / 1e6, shown / 1e6);
+    const auto times = benchmarks::timesInTurns(
+        TimeOf::processor, kTurns, 1,
+        {[&] { source->imageFitting(kShownWidth, kPhotoHeight); }, [&] { barePhoto(file); }});
+    std::printf("photo decoded in %.1f ms (the JPEG library, scaled, %.1f ms)\n",
+                benchmarks::median(times[0]) / 1e3, benchmarks::median(times[1]) / 1e3);
+    benchmarks::printRatio("photo_peak_to_shown_pixels", peak / shown, 2.0);
+    benchmarks::printRatio("photo_decoding", benchmarks::medianRatio(times[0], times[1]), 1.3);
+}
+
+}  // namespace
+
+int main() {
+    try {
+        measureGIF();
+        measurePhoto();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "pictures_benchmark: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
