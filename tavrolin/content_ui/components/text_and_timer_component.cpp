@@ -59,8 +59,11 @@ void CVNTextAndTimerComponent::configureNotification() {
 }
 
 void CVNTextAndTimerComponent::updateAppIcon() {
+    static constexpr std::int64_t kSideBySideLayout = 24;
+    const bool isBesidePicture = foundation::integerOrZero(cvnUi().layoutId) == kSideBySideLayout &&
+                                 cvnPayload().mediaURLPath;
     appIconView_->setImage(notificationIcon());
-    appIconView_->setHidden(!notificationIcon());
+    appIconView_->setHidden(!notificationIcon() || isBesidePicture);
 }
 
 void CVNTextAndTimerComponent::showTexts() {

@@ -27,7 +27,7 @@ public:
     void updateTimer();
     /// What is shown once the time is up.
     void updateTimerText();
-    /// The notification's icon; no icon view without one.
+    /// The notification's icon; no icon view without one, nor beside a picture.
     void updateAppIcon();
 
 private:
