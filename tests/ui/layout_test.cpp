@@ -164,7 +164,7 @@ TEST_F(LayoutTest, StackViewsLineUpWhatIsShown) {
     labels[1]->removeFromSuperview();
     EXPECT_EQ(heights().back(), 22);
     EXPECT_EQ(column->arrangedSubviews().size(), 2U);
-    for (const auto [alignment, x] :
+    for (const auto& [alignment, x] :
          {std::pair{ui::StackAlignment::leading, 10.0}, std::pair{ui::StackAlignment::center, 47.5},
           std::pair{ui::StackAlignment::trailing, 85.0}}) {
         column->setFrame({0, 0, 130, 22});

@@ -289,7 +289,8 @@ TEST_F(ViewTest, LabelsShowWhatFits) {
                                            "text \"three…\" at 0,15 #000000FF"));
     text->setTextAlignment(platform::TextAlignment::center);
     EXPECT_THAT(lines(200, 12), ElementsAre("text \"one two three four\" at 55,0 #000000FF"));
-    text->setAttributedText(platform::StyledText::plain("red", {.color = Color::rgba(0xFF0000FF)}));
+    text->setAttributedText(
+        platform::StyledText::plain("red", {.font = {}, .color = Color::rgba(0xFF0000FF)}));
     EXPECT_EQ(text->text(), "red");
     text->setText("plain");
     EXPECT_FALSE(text->attributedText());
