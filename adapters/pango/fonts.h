@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-typedef struct _PangoContext PangoContext;
+#include "adapters/pango/handles.h"
 
 namespace tavrolin::adapters::pango {
 

@@ -3,14 +3,20 @@
 #include <memory>
 
 // What owns the objects of the libraries below. Only for this adapter's sources.
-typedef struct _FcConfig FcConfig;
-typedef struct _PangoAttrList PangoAttrList;
-typedef struct _PangoFontDescription PangoFontDescription;
-typedef struct _PangoLayout PangoLayout;
-typedef struct _cairo cairo_t;
-typedef struct _cairo_font_options cairo_font_options_t;
-typedef struct _cairo_pattern cairo_pattern_t;
-typedef struct _cairo_surface cairo_surface_t;
+
+// The libraries' own names.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+using FcConfig = struct _FcConfig;
+using PangoAttrList = struct _PangoAttrList;
+using PangoContext = struct _PangoContext;
+using PangoFontDescription = struct _PangoFontDescription;
+using PangoLayout = struct _PangoLayout;
+using PangoLayoutLine = struct _PangoLayoutLine;
+using cairo_font_options_t = struct _cairo_font_options;
+using cairo_pattern_t = struct _cairo_pattern;
+using cairo_surface_t = struct _cairo_surface;
+using cairo_t = struct _cairo;
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace tavrolin::adapters::pango {
 

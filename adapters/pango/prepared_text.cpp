@@ -93,18 +93,14 @@ private:
             const char byte = text[i];
             const auto bits = static_cast<unsigned char>(byte);
             const bool followsReturn = std::exchange(followsReturn_, byte == '\r');
-            if (bits >= 0x20 && bits < 0x7F) {
-                add(byte);
-            } else if (byte == '\n' || byte == '\r') {
+            if (byte == '\n' || byte == '\r') {
                 if (byte == '\r' || !followsReturn) endLine();
-            } else if (byte == '\t') {
-                add(byte);
             } else if (bits == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
                 ++i;  // a control character of the upper half
             } else if (text.substr(i, 3) == "\u2028" || text.substr(i, 3) == "\u2029") {
                 endLine();
                 i += 2;
-            } else if (bits >= 0x80) {
+            } else if (byte == '\t' || (bits >= 0x20 && bits != 0x7F)) {
                 add(byte);
             }
         }

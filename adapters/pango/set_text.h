@@ -7,8 +7,6 @@
 #include "adapters/pango/prepared_text.h"
 #include "tavrolin/platform/typesetter.h"
 
-typedef struct _PangoLayoutLine PangoLayoutLine;
-
 namespace tavrolin::adapters::pango {
 
 /// A text that was set. Keeps its fonts alive by itself.
