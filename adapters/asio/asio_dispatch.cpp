@@ -199,14 +199,15 @@ void AsioDispatch::State::finished(Block& block, bool isGlobal) {
 // Called under the lock after every change that could let time or the run go on.
 void AsioDispatch::State::settle() {
     if (!isRunning) return;
-    if (runEnd == RunEnd::quiet && isQuiet()) return mainContext.stop();
+    // What ends here leaves the clock where it is.
+    if (stopRequested || (runEnd == RunEnd::quiet && isQuiet())) return mainContext.stop();
     if (clock.isJumping()) {
         settleJumping();
     } else {
         settleReal();
     }
     const bool isIdle = unfinished == 0 && timers.empty() && !mayNeverEnd();
-    if (stopRequested || (isIdle && runEnd == RunEnd::idle)) mainContext.stop();
+    if (isIdle && runEnd == RunEnd::idle) mainContext.stop();
 }
 
 bool AsioDispatch::State::isQuiet() const {

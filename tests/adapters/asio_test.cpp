@@ -53,6 +53,16 @@ struct JumpingDispatch : testing::Test {
     }
 };
 
+TEST_F(JumpingDispatch, StopLeavesTheClockWhereItIs) {
+    dispatch.afterMain(60, [&] { note("minute"); });
+    dispatch.afterMain(1, [&] { dispatch.stop(); });
+    dispatch.runMain();
+    dispatch.runMainUntilQuiet();
+    note("stopped");
+    dispatch.runMainUntilIdle();
+    EXPECT_THAT(seen, ElementsAre("stopped@1.000000", "minute@60.000000"));
+}
+
 TEST_F(JumpingDispatch, KeepsLongDelaysExactlyWithoutWaitingForThem) {
     const auto start = RealClock::now();
     dispatch.afterMain(3600, [&] { note("hour"); });
