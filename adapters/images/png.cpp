@@ -32,16 +32,18 @@ public:
     Reading(const Reading&) = delete;
     Reading& operator=(const Reading&) = delete;
 
-    /// Reads the header and asks for rows of `width` pixels of 4 bytes.
-    bool start() {
+    /// Reads the header and asks for rows of `width` pixels of 4 bytes. An interlaced picture's
+    /// rows come once for each pass, each filling in what it brings; or, `bare`, with the pass's
+    /// own pixels only.
+    bool start(bool bare = false) {
         if (info_ == nullptr || !attempt([this] { png_read_info(png_, info_); })) return false;
         if (!isReasonable(width(), height(), size_, kPixelsPerByte)) return false;
-        return attempt([this] {
+        return attempt([this, bare] {
                    png_set_expand(png_);
                    png_set_scale_16(png_);
                    png_set_gray_to_rgb(png_);
                    png_set_add_alpha(png_, 0xFF, PNG_FILLER_AFTER);
-                   passes_ = png_set_interlace_handling(png_);
+                   passes_ = bare ? 1 : png_set_interlace_handling(png_);
                    png_read_update_info(png_, info_);
                }) &&
                png_get_rowbytes(png_, info_) == std::size_t{width()} * 4;
@@ -50,7 +52,6 @@ public:
     std::uint32_t height() const { return png_get_image_height(png_, info_); }
     int passes() const { return passes_; }
 
-    /// An interlaced picture's rows come once for each pass, each filling in what it brings.
     bool readRow(std::uint8_t* row) {
         return attempt([this, row] { png_read_row(png_, row, nullptr); });
     }
@@ -104,15 +105,42 @@ PixelSize sizeOfPNG(const ByteSource& bytes) {
     return png.start() ? PixelSize{png.width(), png.height()} : PixelSize{};
 }
 
+namespace {
+
+// The rows of an interlaced picture are whole only with the last pass, and all of them take memory
+// for all of it: where much less is shown, its pixels are summed up as they come.
+platform::ImageRef decodeInterlaced(const ByteSource& bytes, PixelSize fitted) {
+    constexpr std::uint64_t kWorthwhile = 4;
+    Reading png(bytes);
+    if (!png.start(true)) return nullptr;
+    const PixelSize size = {png.width(), png.height()};
+    if (std::uint64_t{fitted.width} * fitted.height * kWorthwhile >
+        std::uint64_t{size.width} * size.height) {
+        const platform::ImageRef whole = decodePNG(bytes);
+        return whole ? reduced(*whole, fitted) : nullptr;
+    }
+    ScatteredReduction reduction(size, fitted);
+    std::vector<std::uint8_t> row(std::size_t{size.width} * 4);
+    for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass) {
+        const auto count = static_cast<std::uint32_t>(PNG_PASS_COLS(size.width, pass));
+        const auto rows = static_cast<std::uint32_t>(PNG_PASS_ROWS(size.height, pass));
+        for (std::uint32_t i = 0; count > 0 && i < rows; ++i) {
+            if (!png.readRow(row.data())) return pass == 0 && i == 0 ? nullptr : reduction.take();
+            reduction.addPixels(row.data(), count, PNG_ROW_FROM_PASS_ROW(i, pass),
+                                PNG_PASS_START_COL(pass), PNG_PASS_COL_OFFSET(pass));
+        }
+    }
+    return reduction.take();
+}
+
+}  // namespace
+
 platform::ImageRef decodePNGFitting(const ByteSource& bytes, PixelSize bounds) {
     Reading png(bytes);
     if (!png.start()) return nullptr;
     const PixelSize size = {png.width(), png.height()};
     const PixelSize fitted = fittedSize(size, bounds);
-    if (png.passes() > 1) {
-        const platform::ImageRef whole = decodePNG(bytes);
-        return whole ? reduced(*whole, fitted) : nullptr;
-    }
+    if (png.passes() > 1) return decodeInterlaced(bytes, fitted);
     Reduction reduction(size, fitted);
     std::vector<std::uint8_t> row(std::size_t{size.width} * 4);
     for (std::uint32_t y = 0; y < size.height; ++y) {

@@ -9,6 +9,38 @@ namespace tavrolin::adapters::images {
 
 using platform::Image;
 
+namespace {
+
+// Sums of colours that were multiplied with their alpha, as pixels.
+void write(const std::vector<float>& sums, std::uint8_t* to) {
+    const auto rounded = [](float value) {
+        return static_cast<std::uint8_t>(std::min(value + 0.5F, 255.0F));
+    };
+    for (std::size_t i = 0; i < sums.size(); i += 4, to += 4) {
+        const float alpha = sums[i + 3];
+        to[3] = rounded(alpha);
+        if (to[3] == 0) continue;
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            to[channel] = rounded(sums[i + channel] / alpha);
+    }
+}
+
+// How one pixel of a picture spreads over at most two of a smaller one, in one direction.
+struct Spread {
+    Spread(std::uint32_t position, std::uint32_t from, std::uint32_t to) {
+        const std::uint64_t begin = std::uint64_t{position} * to;
+        const std::uint64_t end = begin + to;
+        first = static_cast<std::uint32_t>(begin / from);
+        const std::uint64_t border = (first + std::uint64_t{1}) * from;
+        shares[0] = static_cast<float>(std::min(end, border) - begin) / static_cast<float>(from);
+        if (end > border) shares[1] = static_cast<float>(end - border) / static_cast<float>(from);
+    }
+    std::uint32_t first = 0;
+    float shares[2] = {0, 0};
+};
+
+}  // namespace
+
 PixelSize fittedSize(PixelSize picture, PixelSize bounds) {
     const PixelSize most = {std::clamp(bounds.width, 1U, picture.width),
                             std::clamp(bounds.height, 1U, picture.height)};
@@ -84,23 +116,44 @@ void Reduction::addToRow(float share) {
 
 void Reduction::finishRow() {
     if (finishedRows_ >= to_.height) return;
-    std::uint8_t* to = image_->pixels.data() + std::size_t{finishedRows_++} * to_.width * 4;
-    for (std::size_t i = 0; i < sums_.size(); i += 4, to += 4) {
-        const float alpha = sums_[i + 3];
-        const auto rounded = [](float value) {
-            return static_cast<std::uint8_t>(std::min(value + 0.5F, 255.0F));
-        };
-        to[3] = rounded(alpha);
-        if (to[3] == 0) continue;
-        for (std::size_t channel = 0; channel < 3; ++channel)
-            to[channel] = rounded(sums_[i + channel] / alpha);
-    }
+    write(sums_, image_->pixels.data() + std::size_t{finishedRows_++} * to_.width * 4);
     std::ranges::fill(sums_, 0.0F);
 }
 
 std::shared_ptr<Image> Reduction::take() {
     if (!sums_.empty()) finishRow();
     return std::move(image_);
+}
+
+ScatteredReduction::ScatteredReduction(PixelSize from, PixelSize to)
+    : from_(from), to_(to), sums_(std::size_t{to.width} * to.height * 4) {}
+
+void ScatteredReduction::addPixels(const std::uint8_t* pixels, std::uint32_t count, std::uint32_t y,
+                                   std::uint32_t first, std::uint32_t step) {
+    const Spread down(y, from_.height, to_.height);
+    for (std::uint32_t i = 0; i < count; ++i, pixels += 4) {
+        const Spread across(first + i * step, from_.width, to_.width);
+        const float alpha = pixels[3];
+        const float pixel[4] = {pixels[0] * alpha, pixels[1] * alpha, pixels[2] * alpha, alpha};
+        for (std::uint32_t row = 0; row < 2 && down.shares[row] > 0; ++row) {
+            for (std::uint32_t column = 0; column < 2 && across.shares[column] > 0; ++column) {
+                const float share = down.shares[row] * across.shares[column];
+                float* to = sums_.data() +
+                            (std::size_t{down.first + row} * to_.width + across.first + column) * 4;
+                for (int channel = 0; channel < 4; ++channel)
+                    to[channel] += pixel[channel] * share;
+            }
+        }
+    }
+}
+
+std::shared_ptr<Image> ScatteredReduction::take() {
+    auto image = std::make_shared<Image>();
+    image->width = to_.width;
+    image->height = to_.height;
+    image->pixels.resize(sums_.size());
+    write(sums_, image->pixels.data());
+    return image;
 }
 
 std::shared_ptr<Image> reduced(const Image& image, PixelSize to) {

@@ -44,6 +44,24 @@ private:
     std::shared_ptr<platform::Image> image_;
 };
 
+/// The same of pixels that come in any order. Holds 16 bytes for each pixel of the result besides
+/// it.
+class ScatteredReduction {
+public:
+    ScatteredReduction(PixelSize from, PixelSize to);
+
+    /// `count` pixels of row `y` of the picture: the one at `first`, and each `step` further.
+    void addPixels(const std::uint8_t* pixels, std::uint32_t count, std::uint32_t y,
+                   std::uint32_t first, std::uint32_t step);
+    /// What became of the pixels so far; those that are missing are transparent.
+    std::shared_ptr<platform::Image> take();
+
+private:
+    PixelSize from_;
+    PixelSize to_;
+    std::vector<float> sums_;
+};
+
 std::shared_ptr<platform::Image> reduced(const platform::Image& image, PixelSize to);
 
 }  // namespace tavrolin::adapters::images
