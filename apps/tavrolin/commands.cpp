@@ -3,7 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <map>
+#include <system_error>
 #include <utility>
 
 #include "device/app_process.h"
@@ -21,6 +23,15 @@ namespace {
 // What a silent fetch brings: an array of payloads, without a file an empty one.
 Value payloadsIn(const Device& device, const std::optional<std::string>& file) {
     return file ? device.parsePayloads(Input(*file).all()) : Value::array();
+}
+
+// However they are written.
+bool isSameFile(const std::string& one, const std::string& other) {
+    std::error_code error;
+    const auto target = [&error](const std::string& name) {
+        return std::filesystem::weakly_canonical(std::filesystem::absolute(name, error), error);
+    };
+    return target(one) == target(other);
 }
 
 using Look = Value (Device::*)();
@@ -228,7 +239,7 @@ void Commands::addExpand(CLI::App& app) {
     svg->check(pictureFile)->take_last();
     expand->add_flag("--tree", order.wantsTree, "print the view's tree");
     expand->parse_complete_callback([&order] {
-        if (order.png && order.svg && *order.png == *order.svg) {
+        if (order.png && order.svg && isSameFile(*order.png, *order.svg)) {
             throw CLI::ValidationError("--svg", "must be another file than --png");
         }
     });

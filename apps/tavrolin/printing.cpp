@@ -214,6 +214,14 @@ std::string lengthText(const Value& number) {
     return {text.data(), static_cast<std::size_t>(size)};
 }
 
+// What the extension asks of the system.
+std::string requestText(const Value& request) {
+    if (request == Value("open")) return "to open the app";
+    if (request == Value("close")) return "to close the view";
+    if (request == Value("remove")) return "to remove the notification";
+    return shown(request);
+}
+
 // What a step in the expanded view led to.
 std::string chapterText(const Value& chapter) {
     std::string text;
@@ -227,8 +235,8 @@ std::string chapterText(const Value& chapter) {
     }
     std::string requests;
     for (const Value& request : chapter["requests"].items())
-        requests += (requests.empty() ? "" : ", ") + shown(request);
-    if (!requests.empty()) text += (text.empty() ? "asks for " : "; asks for ") + requests;
+        requests += (requests.empty() ? "" : ", ") + requestText(request);
+    if (!requests.empty()) text += (text.empty() ? "asks " : "; asks ") + requests;
     return text.empty() ? "done" : text;
 }
 
@@ -359,8 +367,8 @@ void printDelivery(const Value& result) {
 void printExpansion(const Value& result) {
     const Value& view = result["view"];
     const Value& size = view["size"];
-    write(bold(view["layout"].isNull() ? "no layout" : shown(view["layout"])) + ", " +
-          lengthText(size["width"]) + " x " + lengthText(size["height"]) + " points\n");
+    write(bold(view["layout"].isNull() ? "no layout, nothing is drawn" : shown(view["layout"])) +
+          ", " + lengthText(size["width"]) + " x " + lengthText(size["height"]) + " points\n");
     for (const Value& action : view["nativeActions"].items()) {
         printField("button", shown(action["identifier"]) + "  " + shown(action["title"]) +
                                  (action["textInput"].isNull() ? "" : "  (takes a text)"));

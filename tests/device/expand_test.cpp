@@ -260,7 +260,7 @@ TEST(Expand, RefusesWhatMakesNoSenseBeforeAnythingIsStarted) {
              {"--do", "tap-on "},    {"--do", "press"},       {"--do", "reply 1"},
              {"--do", "wait"},       {"--do", "wait -1"},     {"--do", "wait inf"},
              {"--do", "wait 1e9"},   {"--do", "disappear 1"}, {"--do", ""},
-             {"--do", "press \xff"}, {"--png", "-"},          {"--png", "a", "--svg", "a"},
+             {"--do", "press \xff"}, {"--png", "-"},          {"--png", "a", "--svg", "./a"},
          }) {
         std::vector<std::string> arguments = {"expand", "push"};
         arguments.insert(arguments.end(), wrong.begin(), wrong.end());
