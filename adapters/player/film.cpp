@@ -23,7 +23,9 @@ using platform::Size;
 constexpr int kLargestSide = 8192;
 constexpr std::int64_t kLargestPixels = 40'000'000;
 constexpr double kLongest = 1e9;  // seconds; more is no duration
-constexpr GstClockTime kTimeToOpen = 5 * GST_SECOND;
+// GStreamer loses an error that comes just while it takes a part in, and then says nothing: a file
+// is opened anew before it is given up.
+constexpr GstClockTime kTimesToOpen[] = {GST_SECOND / 2, GST_SECOND, 4 * GST_SECOND};
 constexpr GstClockTime kTimeForFrame = 3 * GST_SECOND;
 
 // Pictures that are too large are refused where they are agreed upon, before there is memory for
@@ -266,11 +268,17 @@ foundation::Expected<std::unique_ptr<Film>> Film::open(const std::string& path) 
     if (!isRegularFile(path)) return failure("There is no such file, or nothing in it.");
     const auto library = GstLibrary::load();
     if (!library) return library.error();
-    std::unique_ptr<Film> film(new Film(std::make_unique<Pipeline>(**library)));
-    Pipeline& pipeline = *film->pipeline_;
-    if (!pipeline.build(path)) return failure("A part of GStreamer is missing.");
-    pipeline.gst.setState(pipeline.element, GST_STATE_PAUSED);  // a failure is on the bus
-    const auto problem = pipeline.settle(kTimeToOpen);
+    std::unique_ptr<Film> film;
+    foundation::Failure problem;
+    for (const GstClockTime time : kTimesToOpen) {
+        film.reset(new Film(std::make_unique<Pipeline>(**library)));
+        Pipeline& pipeline = *film->pipeline_;
+        if (!pipeline.build(path)) return failure("A part of GStreamer is missing.");
+        pipeline.gst.setState(pipeline.element, GST_STATE_PAUSED);  // a failure is on the bus
+        problem = pipeline.settle(time);
+        if (!pipeline.isStuck) break;
+    }
+    const Pipeline& pipeline = *film->pipeline_;
     if (pipeline.isTooLarge) return failure("The pictures are too large.");
     if (problem) return *problem;
     if (!pipeline.hasSound && !pipeline.hasPictures)
