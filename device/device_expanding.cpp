@@ -64,21 +64,17 @@ Value Device::expand(ExpandOrder order) {
             "the program tavrolin-content-extension is missing beside this one; "
             "build or install it anew");
     }
-    std::optional<OutputFile> png;
-    std::optional<OutputFile> svg;
-    if (order.png) order.png = png.emplace(*order.png, order.fileMode).draft();
-    if (order.svg) order.svg = svg.emplace(*order.svg, order.fileMode).draft();
-
     start.start = clock_.now();
     start.run = randomIdentifier();
     start.patience = patienceFor(order, start.patience);
-    Expansion expansion;
-    {
-        const RunFolder temporary(folder_.temporaryFolder("content-extension", start.run));
-        expansion =
-            runContentExtension(start, order, notification,
-                                actionsFor(notification.request.content.categoryIdentifier));
-    }
+    const std::string temporary = folder_.temporaryFolder("content-extension", start.run);
+    const RunFolder run(temporary);
+    std::optional<OutputFile> png;
+    std::optional<OutputFile> svg;
+    if (order.png) order.png = png.emplace(*order.png, order.fileMode, temporary).draft();
+    if (order.svg) order.svg = svg.emplace(*order.svg, order.fileMode, temporary).draft();
+    const Expansion expansion = runContentExtension(
+        start, order, notification, actionsFor(notification.request.content.categoryIdentifier));
     clock_.reach(expansion.endedAt);
     // Its view drew from the files until its end.
     if (expansion.isRemoved) storage_.remove(valueOf(notification.request.content));

@@ -8,9 +8,10 @@ namespace tavrolin::device {
 /// the way of writing it is said before any work begins.
 class OutputFile {
 public:
-    /// Makes an empty file beside the one that is wanted, with `mode` unless that one is there and
-    /// has its own. Throws DeviceError.
-    OutputFile(const std::string& path, unsigned mode);
+    /// Makes an empty file in `draftFolder`, with `mode` unless the one that is wanted is there and
+    /// has its own. Throws DeviceError. Beside the wanted one nothing is left, also when this
+    /// process is ended.
+    OutputFile(const std::string& path, unsigned mode, const std::string& draftFolder);
     /// Without `keep` nothing is left.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;

@@ -240,6 +240,13 @@ TEST(Expand, WritesAPictureAsAWholeOrNotAtAll) {
     EXPECT_EQ(failed.status, 1);
     EXPECT_EQ(fileText(folder + "/old.png"), "old");
     EXPECT_THAT(filesIn(folder), ElementsAre("old.png"));
+    RunningProgram program({"--device", device.folder(), "expand", "push", "--do", "wait 60",
+                            "--png", folder + "/new.png"},
+                           {});
+    const pid_t extension = program.child();
+    EXPECT_THAT(filesIn(folder), ElementsAre("old.png")) << "an interrupted command would leave it";
+    kill(extension, SIGKILL);
+    EXPECT_EQ(program.finish().status, 1);
 
     chmod((folder + "/old.png").c_str(), 0640);
     device.look({"expand", "push", "--png", folder + "/old.png"});
