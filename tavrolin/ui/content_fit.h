@@ -1,10 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 
-#include "tavrolin/ui/image_view.h"
+#include "tavrolin/platform/geometry.h"
 
 namespace tavrolin::ui {
+
+enum class ContentMode : std::int8_t { scaleToFill, scaleAspectFit, scaleAspectFill, center };
 
 /// Where a content of that size is drawn in the bounds.
 inline platform::Rect placeOf(platform::Size content, const platform::Rect& bounds,

@@ -5,7 +5,7 @@
 
 #include "tavrolin/ui/content_fit.h"
 #include "tavrolin/ui/property_values.h"
-#include "tavrolin/ui/tree_text.h"
+#include "tavrolin/ui/value_text.h"
 
 namespace tavrolin::ui {
 

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "tavrolin/foundation/date.h"
+#include "tavrolin/ui/content_fit.h"
 #include "tavrolin/ui/image.h"
 #include "tavrolin/ui/view.h"
 
 namespace tavrolin::ui {
-
-enum class ContentMode : std::int8_t { scaleToFill, scaleAspectFit, scaleAspectFill, center };
 
 /// Shows a picture; an animated one plays as soon as it is set, on the clock of the dispatch port.
 /// Properties of interface files: image (an asset of the library's bundle), contentMode, tintColor.

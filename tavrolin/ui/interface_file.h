@@ -69,7 +69,4 @@ private:
 /// file or it is a broken one.
 std::shared_ptr<View> loadInterfaceFile(std::string_view name, const platform::Bundle& bundle);
 
-/// The value of a colour in an interface file. Raises `foundation::Exception`.
-DynamicColor colorFromValue(const foundation::Value& value);
-
 }  // namespace tavrolin::ui

@@ -7,7 +7,7 @@
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/ui/drawing.h"
 #include "tavrolin/ui/property_values.h"
-#include "tavrolin/ui/tree_text.h"
+#include "tavrolin/ui/value_text.h"
 
 namespace tavrolin::ui {
 

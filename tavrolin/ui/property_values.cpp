@@ -5,7 +5,6 @@
 #include "tavrolin/foundation/exception.h"
 #include "tavrolin/platform/bundle.h"
 #include "tavrolin/platform/platform.h"
-#include "tavrolin/ui/interface_file.h"
 
 namespace tavrolin::ui {
 

@@ -13,6 +13,13 @@
 #include "tavrolin/ui/image.h"
 #include "tavrolin/ui/traits.h"
 
+namespace tavrolin::ui {
+
+/// The value of a colour in an interface file. Raises `foundation::Exception`.
+DynamicColor colorFromValue(const foundation::Value& value);
+
+}  // namespace tavrolin::ui
+
 /// The values of properties in interface files. Each raises `foundation::Exception` for a value of
 /// another kind, with what was expected.
 namespace tavrolin::ui::property {

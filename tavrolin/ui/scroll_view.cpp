@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tavrolin/ui/tree_text.h"
+#include "tavrolin/ui/value_text.h"
 
 namespace tavrolin::ui {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tavrolin/ui/animation.h"
+#include "tavrolin/ui/animated_value.h"
 #include "tavrolin/ui/view.h"
 
 namespace tavrolin::ui {

@@ -46,9 +46,11 @@ public:
 
     bool setProperty(std::string_view name, const foundation::Value& value) override;
 
+protected:
+    void willRemoveSubview(const View& view) override { forget(view); }
+
 private:
-    friend class View;
-    void forget(const View& view);  // it is no subview any more
+    void forget(const View& view);  // it is no member any more
 
     std::vector<View*> arranged_;
     Axis axis_ = Axis::horizontal;

@@ -4,11 +4,8 @@
 #include <cmath>
 #include <utility>
 
-#include "tavrolin/ui/gesture_recognizer.h"
 #include "tavrolin/ui/property_values.h"
-#include "tavrolin/ui/stack_view.h"
-#include "tavrolin/ui/tree_text.h"
-#include "tavrolin/ui/view_root.h"
+#include "tavrolin/ui/value_text.h"
 
 namespace tavrolin::ui {
 
@@ -17,8 +14,6 @@ using platform::Rect;
 
 namespace {
 
-// What is laid out again and again, since each pass asks for another one, ends here.
-constexpr int kMostPasses = 6;
 constexpr double kLargest = 1e7;
 constexpr double kInvisible = 0.01;
 
@@ -26,18 +21,23 @@ double finite(double number) {
     return std::isnan(number) ? 0 : std::clamp(number, -kLargest, kLargest);
 }
 
-double alphaWithin(double alpha) {
-    return std::isnan(alpha) ? 0 : std::clamp(alpha, 0.0, 1.0);
+void addGradients(const Layer& layer, foundation::Value& list) {
+    for (const auto& sublayer : layer.sublayers()) {
+        if (const auto* gradient = dynamic_cast<const GradientLayer*>(sublayer.get())) {
+            foundation::Value colors = foundation::Value::array();
+            for (const platform::Color& color : gradient->gradient().colors)
+                colors.append(hexText(color));
+            const platform::Point start = gradient->gradient().start;
+            const platform::Point end = gradient->gradient().end;
+            list.append(foundation::Value::dictionary({{"colors", colors},
+                                                       {"start", numberList({start.x, start.y})},
+                                                       {"end", numberList({end.x, end.y})}}));
+        }
+        addGradients(*sublayer, list);
+    }
 }
 
 }  // namespace
-
-View::View() = default;
-
-View::~View() {
-    for (const auto& child : subviews_)
-        child->superview_ = nullptr;
-}
 
 // --- The tree
 
@@ -50,11 +50,6 @@ View& View::top() {
 
 const View& View::top() const {
     return const_cast<View*>(this)->top();
-}
-
-View::Root& View::root() {
-    if (root_ == nullptr) root_ = std::make_unique<Root>();
-    return *root_;
 }
 
 void View::addSubview(std::shared_ptr<View> view) {
@@ -71,7 +66,7 @@ void View::insertSubview(std::shared_ptr<View> view, std::size_t index) {
 
 void View::attach(std::shared_ptr<View> view, std::size_t index) {
     view->superview_ = this;
-    view->root_.reset();
+    view->endTree();
     const auto place = static_cast<std::ptrdiff_t>(std::min(index, subviews_.size()));
     subviews_.insert(subviews_.begin() + place, std::move(view));
     invalidateStructure();
@@ -82,7 +77,7 @@ void View::removeFromSuperview() {
 }
 
 void View::detach(const View& view) {
-    if (auto* stack = dynamic_cast<StackView*>(this)) stack->forget(view);
+    willRemoveSubview(view);
     const auto isView = [&](const auto& other) { return other.get() == &view; };
     const auto found = std::ranges::find_if(subviews_, isView);
     if (found == subviews_.end()) return;
@@ -150,17 +145,6 @@ void View::setHidden(bool hidden) {
     if (isArranged_) invalidateStructure();
 }
 
-void View::setAlpha(double alpha) {
-    alpha_ = alphaWithin(alpha);
-    if (animations_ != nullptr) animations_->alpha.set(alpha_);
-}
-
-double View::presentAlpha() const {
-    // A fade that was begun may have come to its end; an alpha that was set since then counts.
-    if (animations_ == nullptr || animations_->alpha.target() != alpha_) return alpha_;
-    return animations_->alpha.present();
-}
-
 void View::setBorder(double width, const DynamicColor& color) {
     borderWidth_ = std::max(0.0, finite(width));
     borderColor_ = color;
@@ -195,66 +179,7 @@ bool View::takesRoom() const {
     return true;
 }
 
-void View::setNeedsLayout() {
-    View& root = top();
-    if (root.root_ == nullptr || root.root_->needsLayout) return;  // a new one needs it anyway
-    root.root_->needsLayout = true;
-    if (root.root_->needsLayoutBlock) root.root_->needsLayoutBlock();
-}
-
-void View::invalidateStructure() {
-    View& root = top();
-    if (root.root_ == nullptr) return;
-    root.root_->structureChanged = true;
-    setNeedsLayout();
-}
-
-void View::invalidateIntrinsicContentSize() {
-    intrinsicSizeChanged_ = true;
-    setNeedsLayout();
-}
-
-void View::layoutIfNeeded() {
-    View& view = top();
-    Root& tree = view.root();
-    const auto layOut = [&] {
-        tree.needsLayout = false;
-        const bool structureChanged = std::exchange(tree.structureChanged, false);
-        tree.engine.layOut(view, tree.surroundings, structureChanged);
-    };
-    if (!tree.needsLayout) return;
-    if (tree.isLayingOut) {  // asked for in the middle of a pass: frames now, calls with the next
-        layOut();
-        tree.needsLayout = true;
-        return;
-    }
-    const auto kept = view.weak_from_this().lock();
-    tree.isLayingOut = true;
-    for (int pass = 0; pass < kMostPasses && tree.needsLayout; ++pass) {
-        layOut();
-        view.layOutSubtree();
-        if (tree.didLayOutBlock) tree.didLayOutBlock();
-    }
-    if (tree.needsLayout) layOut();
-    tree.isLayingOut = false;
-}
-
-void View::layOutSubtree() {
-    layoutSubviews();
-    const auto children = subviews_;  // `layoutSubviews` may take some out
-    for (const auto& child : children) {
-        if (child->superview_ != this || (child->isHidden_ && child->isArranged_)) continue;
-        child->layOutSubtree();
-    }
-}
-
 // --- Surroundings
-
-const TraitCollection& View::traitCollection() const {
-    static const TraitCollection standard;
-    const View& root = top();
-    return root.root_ == nullptr ? standard : root.root_->surroundings.traits;
-}
 
 const platform::Color& View::resolved(const DynamicColor& color) const {
     return color.resolved(traitCollection().userInterfaceStyle);
@@ -283,22 +208,6 @@ View* View::hitTest(Point point) {
 void View::draw(platform::Canvas& canvas) const {
     if (isHidden_) return;
     drawIn(canvas);
-}
-
-// At its own origin.
-void View::drawIn(platform::Canvas& canvas) const {
-    const double alpha = presentAlpha();
-    if (alpha <= 0) return;
-    if (alpha < 1) canvas.beginGroup();
-    drawBody(canvas);
-    const double oldAlpha = animations_ == nullptr ? 0 : animations_->oldAlpha.present();
-    if (oldAlpha > 0) {
-        // Over the new content: where both are opaque nothing shines through.
-        canvas.beginGroup();
-        animations_->oldContent.draw(canvas);
-        canvas.endGroup(oldAlpha);
-    }
-    if (alpha < 1) canvas.endGroup(alpha);
 }
 
 void View::drawBody(platform::Canvas& canvas) const {
@@ -339,6 +248,18 @@ void View::drawSubviews(platform::Canvas& canvas) const {
 }
 
 // --- Interface files
+
+void View::describe(foundation::Value& dictionary) const {
+    const UserInterfaceStyle style = traitCollection().userInterfaceStyle;
+    foundation::Value gradients = foundation::Value::array();
+    addGradients(layer_, gradients);
+    dictionary.set("hidden", isHidden_);
+    dictionary.set("alpha", numberValue(presentAlpha()));
+    dictionary.set("tag", tag_);
+    dictionary.set("backgroundColor", hexValue(backgroundColor_, style));
+    dictionary.set("gradients", gradients);
+    dictionary.set("cornerRadius", numberValue(cornerRadius_));
+}
 
 bool View::setProperty(std::string_view name, const foundation::Value& value) {
     using namespace property;

@@ -167,6 +167,7 @@ public:
     virtual void describe(foundation::Value& dictionary) const;
 
 protected:
+    virtual void willRemoveSubview(const View&) {}
     /// In its own coordinates, above its background and below its subviews.
     virtual void drawContent(platform::Canvas&) const {}
     const platform::Color& resolved(const DynamicColor& color) const;
@@ -190,7 +191,8 @@ private:
 
     View& top();
     const View& top() const;
-    Root& root();  // the root's; made when it is first asked for
+    Root& root();    // the root's; made when it is first asked for
+    void endTree();  // it becomes a part of another one
     void attach(std::shared_ptr<View> view, std::size_t index);
     void detach(const View& view);
     void place(const platform::Rect& frame);

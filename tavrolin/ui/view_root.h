@@ -3,8 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "tavrolin/foundation/date.h"
-#include "tavrolin/ui/animation.h"
+#include "tavrolin/ui/animated_value.h"
 #include "tavrolin/ui/drawing.h"
 #include "tavrolin/ui/layout_engine.h"
 #include "tavrolin/ui/view.h"

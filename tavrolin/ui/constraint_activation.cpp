@@ -1,3 +1,4 @@
+// What constraints have to do with the views that keep them: the header knows no views.
 #include "tavrolin/ui/layout_constraint.h"
 
 #include <algorithm>

@@ -1,0 +1,126 @@
+#include "tavrolin/ui/view_root.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tavrolin::ui {
+
+namespace {
+
+// What is laid out again and again, since each pass asks for another one, ends here.
+constexpr int kMostPasses = 6;
+
+double alphaWithin(double alpha) {
+    return std::isnan(alpha) ? 0 : std::clamp(alpha, 0.0, 1.0);
+}
+
+}  // namespace
+
+View::View() = default;
+
+View::~View() {
+    for (const auto& child : subviews_)
+        child->superview_ = nullptr;
+}
+
+View::Root& View::root() {
+    if (root_ == nullptr) root_ = std::make_unique<Root>();
+    return *root_;
+}
+
+void View::endTree() {
+    root_.reset();
+}
+
+// --- Layout
+
+void View::setNeedsLayout() {
+    View& root = top();
+    if (root.root_ == nullptr || root.root_->needsLayout) return;  // a new one needs it anyway
+    root.root_->needsLayout = true;
+    if (root.root_->needsLayoutBlock) root.root_->needsLayoutBlock();
+}
+
+void View::invalidateStructure() {
+    View& root = top();
+    if (root.root_ == nullptr) return;
+    root.root_->structureChanged = true;
+    setNeedsLayout();
+}
+
+void View::invalidateIntrinsicContentSize() {
+    intrinsicSizeChanged_ = true;
+    setNeedsLayout();
+}
+
+void View::layoutIfNeeded() {
+    View& view = top();
+    Root& tree = view.root();
+    const auto layOut = [&] {
+        tree.needsLayout = false;
+        const bool structureChanged = std::exchange(tree.structureChanged, false);
+        tree.engine.layOut(view, tree.surroundings, structureChanged);
+    };
+    if (!tree.needsLayout) return;
+    if (tree.isLayingOut) {  // asked for in the middle of a pass: frames now, calls with the next
+        layOut();
+        tree.needsLayout = true;
+        return;
+    }
+    const auto kept = view.weak_from_this().lock();
+    tree.isLayingOut = true;
+    for (int pass = 0; pass < kMostPasses && tree.needsLayout; ++pass) {
+        layOut();
+        view.layOutSubtree();
+        if (tree.didLayOutBlock) tree.didLayOutBlock();
+    }
+    if (tree.needsLayout) layOut();
+    tree.isLayingOut = false;
+}
+
+void View::layOutSubtree() {
+    layoutSubviews();
+    const auto children = subviews_;  // `layoutSubviews` may take some out
+    for (const auto& child : children) {
+        if (child->superview_ != this || (child->isHidden_ && child->isArranged_)) continue;
+        child->layOutSubtree();
+    }
+}
+
+const TraitCollection& View::traitCollection() const {
+    static const TraitCollection standard;
+    const View& root = top();
+    return root.root_ == nullptr ? standard : root.root_->surroundings.traits;
+}
+
+// --- What is on its way
+
+void View::setAlpha(double alpha) {
+    alpha_ = alphaWithin(alpha);
+    if (animations_ != nullptr) animations_->alpha.set(alpha_);
+}
+
+double View::presentAlpha() const {
+    // A fade that was begun may have come to its end; an alpha that was set since then counts.
+    if (animations_ == nullptr || animations_->alpha.target() != alpha_) return alpha_;
+    return animations_->alpha.present();
+}
+
+// At its own origin.
+void View::drawIn(platform::Canvas& canvas) const {
+    const double alpha = presentAlpha();
+    if (alpha <= 0) return;
+    if (alpha < 1) canvas.beginGroup();
+    drawBody(canvas);
+    const double oldAlpha = animations_ == nullptr ? 0 : animations_->oldAlpha.present();
+    if (oldAlpha > 0) {
+        // Over the new content: where both are opaque nothing shines through.
+        canvas.beginGroup();
+        animations_->oldContent.draw(canvas);
+        canvas.endGroup(oldAlpha);
+    }
+    if (alpha < 1) canvas.endGroup(alpha);
+}
+
+}  // namespace tavrolin::ui
