@@ -1,0 +1,406 @@
+// What the expanded view costs, layout by layout, at 2 pixels a point: its texts set anew, laid out
+// and drawn, beside bare Cairo and Pango calls that set and draw the same texts and the same
+// pictures at the same places. Both set texts that they never set before, in fonts that they know,
+// and draw pictures that are decoded. Then the same with nothing changed, and `expand --png` from
+// the start of its process beside a bare program that loads the same fonts and draws the same.
+
+#include <fcntl.h>
+#include <pango/pangocairo.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "adapters/html/html_importer.h"
+#include "adapters/images/image_decoder.h"
+#include "adapters/json/json_text.h"
+#include "adapters/language/language_recognizer.h"
+#include "adapters/memory/memory_platform.h"
+#include "adapters/pango/canvas.h"
+#include "adapters/pango/fonts.h"
+#include "adapters/pango/typesetter.h"
+#include "adapters/plist/folder_bundles.h"
+#include "adapters/posix/posix_files.h"
+#include "benchmarks/ratios.h"
+#include "tavrolin/content_ui/custom_notification_view_controller.h"
+#include "tavrolin/content_ui/notification_view.h"
+#include "tavrolin/payload/payload_keys.h"
+#include "tavrolin/platform/platform.h"
+#include "tavrolin/ui/controls.h"
+#include "tavrolin/ui/image_view.h"
+#include "tavrolin/ui/label.h"
+#include "tavrolin/ui/window.h"
+
+extern char** environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tavrolin;
+using namespace tavrolin::benchmarks;
+using foundation::Value;
+using platform::Point;
+using platform::Rect;
+
+constexpr double kWidth = 375;
+constexpr double kScale = 2;
+constexpr int kTurns = 15;
+constexpr int kRuns = 40;
+constexpr int kStarts = 8;
+constexpr double kGoal = 1.3;
+
+const std::string kSource = TAVROLIN_SOURCE_DIR;
+const std::string kBinary = TAVROLIN_BINARY_DIR;
+
+// --- The ports of a content extension, with what is measured as it is ---------------------------
+
+struct Ports {
+    adapters::memory::MemoryPlatform memory;
+    adapters::plist::FolderBundles bundles{kSource + "/device/sample_app",
+                                           {kSource + "/tavrolin/resources"}};
+    adapters::posix::PosixFiles files{[](std::string_view) { return std::nullopt; }, std::nullopt};
+    adapters::images::ImageDecoder images;
+    adapters::json::JSONText json;
+    adapters::html::HTMLImporter html;
+    adapters::language::LanguageRecognizer languages;
+    adapters::pango::Typesetter typesetter;
+
+    Ports() {
+        platform::Platform ports = memory.platform();
+        ports.bundles = &bundles;
+        ports.files = &files;
+        ports.imageDecoder = &images;
+        ports.json = &json;
+        ports.drawing.htmlImporter = &html;
+        ports.drawing.languageRecognizer = &languages;
+        ports.drawing.typesetter = &typesetter;
+        platform::install(ports);
+    }
+};
+
+Ports& ports() {
+    static auto* instance = new Ports;
+    return *instance;
+}
+
+std::string contentsOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// The example's payload as the service extension hands it on: with the path of its media.
+Value payloadOf(const std::string& example, const char* media) {
+    Value payload = *ports().json.parse(contentsOf(kSource + "/examples/payloads/" + example));
+    if (media != nullptr) {
+        Value section = payload["cvnPayload"];
+        section.set(kPNMediaURLPath, kSource + "/examples/media/" + media);
+        payload.set("cvnPayload", section);
+    }
+    return payload;
+}
+
+platform::DeliveredNotification notification(const std::string& example, const char* media) {
+    platform::DeliveredNotification result;
+    result.request.identifier = example;
+    result.request.content.userInfo = payloadOf(example, media);
+    return result;
+}
+
+// --- The view ------------------------------------------------------------------------------------
+
+class Expanded {
+public:
+    Expanded(const std::string& example, const char* media)
+        : controller_(std::make_shared<CVNCustomNotificationViewController>()),
+          window_(*controller_, kWidth, {.displayScale = kScale}) {
+        controller_->didReceiveNotification(notification(example, media));
+        ports().memory.dispatch.advance(0.1);
+        size_ = window_.size();
+        collect(controller_->view(), {});
+    }
+
+    void setTextsAnew(int turn) {
+        for (const auto& [label, text, frame] : labels_) {
+            platform::StyledText changed = text;
+            vary(changed, turn);
+            label->setAttributedText(std::move(changed));
+        }
+    }
+    static void vary(platform::StyledText& text, int turn) {
+        // As wide as what it replaces, so that the lines stay.
+        for (std::size_t i = 0; i < 4 && i < text.string.size(); ++i) {
+            text.string[i] = static_cast<char>('0' + turn % 10);
+            turn /= 10;
+        }
+    }
+    void layOutAndDraw() {
+        controller_->view().setNeedsLayout();
+        adapters::pango::PixelCanvas canvas(size_.width, size_.height, kScale);
+        window_.draw(canvas);
+    }
+
+    struct Text {
+        ui::Label* label;
+        platform::StyledText text;
+        Rect frame;
+    };
+    struct Picture {
+        platform::ImageRef image;
+        Rect frame;
+    };
+    struct Box {
+        platform::Color color;
+        Rect frame;
+    };
+    const std::vector<Text>& texts() const { return labels_; }
+    const std::vector<Picture>& pictures() const { return pictures_; }
+    const std::vector<Box>& boxes() const { return boxes_; }
+    platform::Size size() const { return size_; }
+
+private:
+    void collect(ui::View& view, Point origin) {
+        if (view.isHidden()) return;
+        const Rect frame = view.frame().movedBy(origin.x, origin.y);
+        if (view.backgroundColor()) boxes_.push_back({view.backgroundColor()->light, frame});
+        if (auto* const label = dynamic_cast<ui::Label*>(&view)) {
+            labels_.push_back({label,
+                               label->attributedText().value_or(platform::StyledText::plain(
+                                   label->text(), {.font = label->font()})),
+                               frame});
+        } else if (auto* const picture = dynamic_cast<ui::ImageView*>(&view)) {
+            if (picture->image()) {
+                pictures_.push_back(
+                    {picture->image()->pixels({frame.width * kScale, frame.height * kScale}, 0),
+                     frame});
+            }
+        }
+        for (const auto& subview : view.subviews())
+            collect(*subview, frame.origin());
+    }
+
+    void addPicture(ui::Image* image, const Rect& frame) {
+        if (image == nullptr) return;
+        const platform::Size shown{frame.width * kScale, frame.height * kScale};
+        pictures_.push_back({image->pixels(shown, 0), frame});
+    }
+
+    std::shared_ptr<CVNCustomNotificationViewController> controller_;
+    ui::Window window_;
+    platform::Size size_;
+    std::vector<Text> labels_;
+    std::vector<Picture> pictures_;
+    std::vector<Box> boxes_;
+};
+
+// --- The same with bare calls --------------------------------------------------------------------
+
+class Bare {
+public:
+    explicit Bare(const Expanded& view) : view_(view) {
+        for (const Expanded::Picture& picture : view.pictures())
+            surfaces_.push_back(surfaceOf(*picture.image));
+    }
+    ~Bare() {
+        for (cairo_surface_t* surface : surfaces_)
+            cairo_surface_destroy(surface);
+    }
+    Bare(const Bare&) = delete;
+    Bare& operator=(const Bare&) = delete;
+
+    void draw(int turn) const {
+        cairo_surface_t* const surface = cairo_image_surface_create(
+            CAIRO_FORMAT_ARGB32, static_cast<int>(view_.size().width * kScale),
+            static_cast<int>(std::ceil(view_.size().height * kScale)));
+        cairo_t* const cairo = cairo_create(surface);
+        cairo_scale(cairo, kScale, kScale);
+        for (const Expanded::Box& box : view_.boxes()) {
+            cairo_set_source_rgba(cairo, box.color.red, box.color.green, box.color.blue,
+                                  box.color.alpha);
+            cairo_rectangle(cairo, box.frame.x, box.frame.y, box.frame.width, box.frame.height);
+            cairo_fill(cairo);
+        }
+        for (std::size_t i = 0; i < surfaces_.size(); ++i)
+            drawPicture(cairo, surfaces_[i], view_.pictures()[i].frame);
+        for (const Expanded::Text& text : view_.texts())
+            drawText(cairo, text, turn);
+        cairo_destroy(cairo);
+        cairo_surface_destroy(surface);
+    }
+
+private:
+    static cairo_surface_t* surfaceOf(const platform::Image& image) {
+        cairo_surface_t* const surface = cairo_image_surface_create(
+            CAIRO_FORMAT_ARGB32, static_cast<int>(image.width), static_cast<int>(image.height));
+        cairo_surface_flush(surface);
+        unsigned char* const data = cairo_image_surface_get_data(surface);
+        const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface));
+        for (std::size_t y = 0; y < image.height; ++y) {
+            auto* const row = reinterpret_cast<std::uint32_t*>(data + y * stride);
+            for (std::size_t x = 0; x < image.width; ++x) {
+                const std::uint8_t* const pixel = &image.pixels[(y * image.width + x) * 4];
+                const auto premultiplied = [&](int i) { return pixel[i] * pixel[3] / 255U; };
+                row[x] = static_cast<std::uint32_t>(pixel[3]) << 24U | premultiplied(0) << 16U |
+                         premultiplied(1) << 8U | premultiplied(2);
+            }
+        }
+        cairo_surface_mark_dirty(surface);
+        return surface;
+    }
+    static void drawPicture(cairo_t* cairo, cairo_surface_t* picture, const Rect& frame) {
+        cairo_save(cairo);
+        cairo_translate(cairo, frame.x, frame.y);
+        cairo_scale(cairo, frame.width / cairo_image_surface_get_width(picture),
+                    frame.height / cairo_image_surface_get_height(picture));
+        cairo_set_source_surface(cairo, picture, 0, 0);
+        cairo_paint(cairo);
+        cairo_restore(cairo);
+    }
+    static void drawText(cairo_t* cairo, const Expanded::Text& text, int turn) {
+        platform::StyledText changed = text.text;
+        Expanded::vary(changed, turn);
+        PangoLayout* const layout = pango_layout_new(fonts().contextFor(changed.string));
+        PangoAttrList* const attributes = pango_attr_list_new();
+        guint at = 0;
+        for (const platform::TextRun& run : changed.runs) {
+            PangoFontDescription* const font = pango_font_description_new();
+            pango_font_description_set_family(font, adapters::pango::Fonts::kFamily);
+            pango_font_description_set_absolute_size(font, run.attributes.font.size * PANGO_SCALE);
+            if (run.attributes.font.bold)
+                pango_font_description_set_weight(font, PANGO_WEIGHT_BOLD);
+            PangoAttribute* const attribute = pango_attr_font_desc_new(font);
+            attribute->start_index = at;
+            at += static_cast<guint>(run.length);
+            attribute->end_index = at;
+            pango_attr_list_insert(attributes, attribute);
+            pango_font_description_free(font);
+        }
+        pango_layout_set_text(layout, changed.string.data(),
+                              static_cast<int>(changed.string.size()));
+        pango_layout_set_attributes(layout, attributes);
+        pango_layout_set_width(layout, static_cast<int>(text.frame.width * PANGO_SCALE));
+        pango_layout_set_wrap(layout, PANGO_WRAP_WORD_CHAR);
+        PangoRectangle extents;
+        pango_layout_get_extents(layout, nullptr, &extents);
+        cairo_set_source_rgb(cairo, 0, 0, 0);
+        cairo_move_to(cairo, text.frame.x, text.frame.y);
+        pango_cairo_show_layout(cairo, layout);
+        pango_attr_list_unref(attributes);
+        g_object_unref(layout);
+    }
+    static adapters::pango::Fonts& fonts() {
+        static auto* instance = new adapters::pango::Fonts;
+        return *instance;
+    }
+
+    const Expanded& view_;
+    std::vector<cairo_surface_t*> surfaces_;
+};
+
+// --- Measuring -----------------------------------------------------------------------------------
+
+struct Example {
+    const char* name;
+    const char* file;
+    const char* media;
+};
+constexpr Example kExamples[] = {{"layout_01", "long-text.json", nullptr},
+                                 {"layout_21", "countdown.json", "landscape-1.jpg"},
+                                 {"layout_23", "overlay.json", "landscape-3.jpg"},
+                                 {"layout_24", "small-image.json", "portrait-1.jpg"},
+                                 {"layout_41", "gif.json", "spinner.gif"},
+                                 {"layout_51", "audio.json", "chime.wav"}};
+
+void measureLayout(const Example& example) {
+    Expanded view(example.file, example.media);
+    const Bare bare(view);
+    int ours = 0;
+    int theirs = 0;
+    const auto times = timesInTurns(TimeOf::processor, kTurns, kRuns,
+                                    {[&] {
+                                         view.setTextsAnew(ours++);
+                                         view.layOutAndDraw();
+                                     },
+                                     [&] { bare.draw(theirs++); }, [&] { view.layOutAndDraw(); }});
+    std::printf(
+        "%-12s %4.0f points high, %zu texts, %zu pictures: %.0f us, bare calls %.0f us, "
+        "unchanged %.0f us\n",
+        example.name, view.size().height, view.texts().size(), view.pictures().size(),
+        median(times[0]), median(times[1]), median(times[2]));
+    printRatio(std::string(example.name) + "_to_bare_calls", medianRatio(times[0], times[1]),
+               kGoal);
+}
+
+void run(const std::vector<std::string>& words) {
+    std::vector<char*> arguments;
+    for (const std::string& word : words)
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    int status = -1;
+    if (posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0)
+        waitpid(child, &status, 0);
+    posix_spawn_file_actions_destroy(&actions);
+    if (status != 0) {
+        std::fprintf(stderr, "views_benchmark: %s did not do it\n", words[0].c_str());
+        std::exit(1);
+    }
+}
+
+// A push that goes to the tray as it is, with the path of its picture in it, in both a fresh
+// device's view and the bare program's.
+void measureStart() {
+    const std::string folder = fs::temp_directory_path() / "tavrolin-views-XXXXXX";
+    std::vector<char> name(folder.begin(), folder.end());
+    name.push_back('\0');
+    if (mkdtemp(name.data()) == nullptr) return;
+    const std::string work = name.data();
+    Value payload = payloadOf("countdown.json", "landscape-1.jpg");
+    Value aps = payload["aps"];
+    aps.set("mutable-content", 0);
+    payload.set("aps", aps);
+    std::ofstream(work + "/push.json")
+        << *ports().json.serialise(payload, platform::JSONText::Style::compact);
+    const std::string program = kBinary + "/tavrolin";
+    run({program, "--device", work + "/device", "deliver", "--no-limit", "--id", "x",
+         work + "/push.json"});
+    const std::string title = "Early bird ends soon";
+    const std::string body = "Tickets go up by a third when the clock runs out.";
+    const auto times = timesInTurns(
+        TimeOf::real, kTurns, kStarts,
+        {[&] {
+             run({program, "--device", work + "/device", "--time", "jump", "expand", "x", "--png",
+                  work + "/expanded.png"});
+         },
+         [&] {
+             run({kBinary + "/benchmarks/bare_picture", work + "/bare.png", "375", "331", "2",
+                  title, body, kSource + "/examples/media/landscape-1.jpg"});
+         }});
+    std::printf("expand --png from process start %.1f ms, bare program %.1f ms\n",
+                median(times[0]) / 1e3, median(times[1]) / 1e3);
+    printRatio("expand_png_to_bare_program", medianRatio(times[0], times[1]), kGoal);
+    fs::remove_all(work);
+}
+
+}  // namespace
+
+int main() {
+    ports();
+    for (const Example& example : kExamples)
+        measureLayout(example);
+    measureStart();
+    return 0;
+}
