@@ -1,19 +1,19 @@
 """Every header compiles alone, so that a reader may include it first, and any header without another.
 
-usage: headers.py ROOT MEMORY COMPILER"""
+usage: headers.py ROOT MEMORY COMPILER [FOLDER-OF-A-LIBRARY'S-HEADERS…]"""
 
 import subprocess
 import sys
 
 from source_tree import SourceTree, check_each
 
-root, memory, compiler = sys.argv[1:]
+root, memory, compiler, *folders = sys.argv[1:]
 tree = SourceTree(root)
 
 
 def command(header):
     return [compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Werror",
-            "-I", root, "-include", header, "-x", "c++", "/dev/null"]
+            "-I", root, *(word for folder in folders for word in ("-isystem", folder)), "-include", header, "-x", "c++", "/dev/null"]
 
 
 def clashes():
