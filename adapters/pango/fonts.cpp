@@ -18,6 +18,7 @@ namespace {
 
 constexpr const char* kInterFolder = "/usr/share/fonts/opentype/inter";
 constexpr const char* kNotoFolder = "/usr/share/fonts/truetype/noto";
+constexpr const char* kHanFolder = "/usr/share/fonts/opentype/noto";
 constexpr const char* kMonoFolder = "/usr/share/fonts/truetype/dejavu";
 
 struct File {
@@ -161,7 +162,10 @@ ConfigHandle wholeConfiguration() {
         globs.push_back(pathOf(file));
     for (const char* name : kScriptFiles)
         globs.push_back(std::string(kNotoFolder) + "/" + name);
-    ConfigHandle config = parsed(configuration({kInterFolder, kNotoFolder, kMonoFolder}, globs));
+    for (const char* name : {"NotoSansCJK-Regular.ttc", "NotoSansCJK-Bold.ttc"})
+        globs.push_back(std::string(kHanFolder) + "/" + name);
+    ConfigHandle config =
+        parsed(configuration({kInterFolder, kNotoFolder, kHanFolder, kMonoFolder}, globs));
     FcConfigBuildFonts(config.get());
     return config;
 }

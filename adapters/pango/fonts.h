@@ -10,10 +10,10 @@
 namespace tavrolin::adapters::pango {
 
 /// The fonts that text is set in: Inter (fonts-inter), Noto Sans for the scripts that Inter doesn't
-/// have (fonts-noto-core), Noto Color Emoji (fonts-noto-color-emoji), DejaVu Sans Mono
-/// (fonts-dejavu-core) for what is monospaced. Which fonts there are doesn't depend on the user's
-/// configuration, language or other installed fonts. Only where there is no Inter at all, the
-/// system's configuration decides.
+/// have (fonts-noto-core; fonts-noto-cjk for Chinese, Japanese and Korean), Noto Color Emoji
+/// (fonts-noto-color-emoji), DejaVu Sans Mono (fonts-dejavu-core) for what is monospaced. Which
+/// fonts there are doesn't depend on the user's configuration, language or other installed fonts.
+/// Only where there is no Inter at all, the system's configuration decides.
 ///
 /// Most texts need Inter and emoji only, and of every font that is known each choice of a font
 /// looks at all; so the others join in only for a text that has a character from elsewhere. Which

@@ -82,6 +82,14 @@ TEST(Typesetter, MeasuresTheOutlines) {
     EXPECT_EQ(again->size(), layout->size());
 }
 
+// A box with a number, which stands for a missing character, is narrower.
+TEST(Typesetter, HasTheCharactersOfEastAsia) {
+    Typesetter typesetter;
+    for (const char* character : {"初", "の", "신"}) {
+        EXPECT_NEAR(typesetter.layout(text(character), {})->size().width, 15, 1.5) << character;
+    }
+}
+
 TEST(Typesetter, SetsFacesThatDiffer) {
     Typesetter typesetter;
     const auto width = [&](const Font& font) {
