@@ -12,6 +12,8 @@ namespace tavrolin::ui {
 
 namespace {
 
+// In pixels, where a point has several; what is further down is never shown. A canvas takes twice
+// as many, which leaves room for what is drawn around.
 constexpr double kLargestHeight = 16'384;
 constexpr double kSmallestScale = 0.01;
 
@@ -94,7 +96,8 @@ void Window::layoutIfNeeded() {
 platform::Size Window::size() {
     layoutIfNeeded();
     const platform::Rect& frame = state_->controller.view().frame();
-    return {frame.width, std::min(frame.height, kLargestHeight)};
+    const double scale = std::max(1.0, state_->controller.traits_.displayScale);
+    return {frame.width, std::min(frame.height, kLargestHeight / scale)};
 }
 
 void Window::draw(platform::Canvas& canvas) {

@@ -47,7 +47,7 @@ public:
 
     void setTraitCollection(const TraitCollection& traits);
     void layoutIfNeeded();
-    /// The view's; lays out first. Never beyond 16,384 points high: what is longer is cut off.
+    /// The view's; lays out first. Never beyond 16,384 pixels high: what is longer is cut off.
     platform::Size size();
     void draw(platform::Canvas& canvas);  // lays out first
     View* tap(platform::Point point);     // lays out first

@@ -348,6 +348,19 @@ TEST_F(ComponentsTest, ARepeatingTimerKeepsItsMoments) {
     EXPECT_EQ(timer, nullptr);
 }
 
+TEST_F(ComponentsTest, ARepeatingTimerDoesNotMakeUpForASleep) {
+    std::vector<double> calls;
+    const double start = now();
+    RepeatingTimer timer;
+    timer.start(1, [&] {
+        calls.push_back(now() - start);
+        if (calls.size() == 1) memory_.dispatch.advance(28'800.5);
+        if (calls.size() == 3) timer.stop();
+    });
+    run();
+    EXPECT_THAT(calls, ElementsAre(1, 28'802, 28'803));
+}
+
 TEST_F(ComponentsTest, TextsCountDownAndThenSayThatItIsOver) {
     const Value texts = Value::dictionary({{"title", "T"}, {"subtitle", "S"}, {"body", "B"}});
     const auto component = showTexts(

@@ -1,5 +1,7 @@
 #include "tavrolin/content_ui/components/repeating_timer.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "tavrolin/platform/dispatch.h"
@@ -26,11 +28,14 @@ void RepeatingTimer::stop() {
     run_.reset();
 }
 
-// Each call at its own moment, so that late ones don't delay those that follow.
+// Each call at its own moment, so that late ones don't delay those that follow. Those that a sleep
+// of the device made miss their moment altogether are left out.
 void RepeatingTimer::schedule(const std::shared_ptr<Run>& run) {
     platform::Dispatch& dispatch = *platform::current().dispatch;
-    run->next.secondsSince1970 += run->interval;
-    const double delay = run->next.secondsSince1970 - dispatch.now().secondsSince1970;
+    const double late = foundation::secondsBetween(run->next, dispatch.now());
+    const double missed = std::max(0.0, std::floor(late / run->interval));
+    run->next.secondsSince1970 += run->interval * (missed + 1);
+    const double delay = foundation::secondsBetween(dispatch.now(), run->next);
     dispatch.afterMain(delay, [weak = std::weak_ptr<Run>(run)] {
         const std::shared_ptr<Run> running = weak.lock();
         if (!running || running->isStopped) return;
