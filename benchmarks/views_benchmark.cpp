@@ -366,7 +366,10 @@ void measureStart() {
     const std::string folder = fs::temp_directory_path() / "tavrolin-views-XXXXXX";
     std::vector<char> name(folder.begin(), folder.end());
     name.push_back('\0');
-    if (mkdtemp(name.data()) == nullptr) return;
+    if (mkdtemp(name.data()) == nullptr) {
+        std::perror("views_benchmark");
+        std::exit(1);
+    }
     const std::string work = name.data();
     Value payload = payloadOf("countdown.json", "landscape-1.jpg");
     Value aps = payload["aps"];

@@ -22,7 +22,6 @@
 #include "tavrolin/content_ui/view_classes.h"
 #include "tavrolin/foundation/class_registry.h"
 #include "tavrolin/platform/html_importer.h"
-#include "tavrolin/platform/language_recognizer.h"
 #include "tavrolin/platform/media_player.h"
 #include "tavrolin/platform/typesetter.h"
 #include "tavrolin/ui/tree_text.h"
@@ -80,16 +79,6 @@ public:
             if (character == '>') inTag = false;
         }
         return {platform::StyledText::plain(text, {.font = {.size = 15}}), error};
-    }
-};
-
-/// Knows Hebrew and Arabic by their letters, and takes everything else for English.
-class LetterRecognizer final : public platform::LanguageRecognizer {
-public:
-    std::optional<std::string> dominantLanguage(std::string_view text) override {
-        if (text.find('\xD7') != std::string_view::npos) return "he";
-        if (text.find('\xD8') != std::string_view::npos) return "ar";
-        return "en";
     }
 };
 
@@ -194,7 +183,6 @@ protected:
         platform::Platform ports = memory_.platform();
         ports.systemVersion = systemVersion;
         ports.drawing.htmlImporter = &html_;
-        ports.drawing.languageRecognizer = &languages_;
         ports.drawing.typesetter = &typesetter_;
         ports.drawing.mediaPlayers = &players_;
         platform::install(ports);
@@ -238,7 +226,6 @@ protected:
     }
 
     PlainHTMLImporter html_;
-    LetterRecognizer languages_;
     SquareTypesetter typesetter_;
     HandPlayers players_;
     std::shared_ptr<ui::View> container_;
