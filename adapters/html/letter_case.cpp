@@ -4,6 +4,7 @@
 #include <cwctype>
 
 #include "adapters/html/characters.h"
+#include "tavrolin/foundation/utf8.h"
 
 namespace tavrolin::adapters::html {
 
@@ -16,16 +17,6 @@ locale_t unicodeLocale() {
         return unicode != nullptr ? unicode : ::newlocale(LC_CTYPE_MASK, "C", nullptr);
     }();
     return locale;
-}
-
-wint_t nextCharacter(std::string_view& text) {
-    const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    wint_t character = length == 1 ? first : first & (0x7FU >> length);
-    for (std::size_t i = 1; i < length && i < text.size(); ++i)
-        character = character << 6U | (static_cast<unsigned char>(text[i]) & 0x3FU);
-    text.remove_prefix(std::min(length, text.size()));
-    return character;
 }
 
 void append(std::string& text, wint_t character) {
@@ -56,7 +47,7 @@ std::string transformed(std::string_view text, TextTransform transform) {
     result.reserve(text.size());
     bool beginsWord = true;
     while (!text.empty()) {
-        const wint_t character = nextCharacter(text);
+        const auto character = static_cast<wint_t>(foundation::takeCharacter(text));
         const bool isUpper = transform == TextTransform::uppercase ||
                              (transform == TextTransform::capitalize && beginsWord);
         if (isUpper) {

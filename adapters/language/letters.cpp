@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tavrolin/foundation/utf8.h"
+
 namespace tavrolin::adapters::language {
 
 namespace {
@@ -33,21 +35,11 @@ bool saysNothing(char32_t c) {
            isBetween(0xFFF0, c, 0xFFFF) || isBetween(0x1F000, c, 0x1FAFF);
 }
 
-char32_t takeCharacter(std::string_view& text) {
-    const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    char32_t character = length == 1 ? first : first & (0x7FU >> length);
-    for (std::size_t i = 1; i < length && i < text.size(); ++i)
-        character = character << 6U | (static_cast<unsigned char>(text[i]) & 0x3FU);
-    text.remove_prefix(std::min(length, text.size()));
-    return character;
-}
-
 }  // namespace
 
 Letters::Letters(std::string_view text) {
     while (!text.empty())
-        count(takeCharacter(text));
+        count(foundation::takeCharacter(text));
 }
 
 void Letters::count(char32_t letter) {

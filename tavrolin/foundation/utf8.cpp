@@ -143,6 +143,16 @@ bool isValidUtf8(std::string_view text) noexcept {
     return true;
 }
 
+char32_t takeCharacter(std::string_view& text) noexcept {
+    const auto first = static_cast<unsigned char>(text.front());
+    const std::size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    char32_t character = length == 1 ? first : first & (0x7FU >> length);
+    for (std::size_t i = 1; i < length && i < text.size(); ++i)
+        character = character << 6U | (static_cast<unsigned char>(text[i]) & 0x3FU);
+    text.remove_prefix(length < text.size() ? length : text.size());
+    return character;
+}
+
 std::string repairedUtf8(std::string_view text) {
     std::string result;
     result.reserve(text.size() + 16);

@@ -13,6 +13,10 @@ bool isValidUtf8(std::string_view text) noexcept;
 /// character that is cut short and one for every other byte that fits nowhere.
 std::string repairedUtf8(std::string_view text);
 
+/// Takes the first character off a text that is not empty, and gives it. Never reads beyond the
+/// end; what valid UTF-8 can't hold gives some character or other.
+char32_t takeCharacter(std::string_view& text) noexcept;
+
 /// Each letter in lower case by itself, in the Latin, Greek, Cyrillic and Armenian scripts; the
 /// rest as it is. No language's own rules.
 std::string lowercase(std::string_view text);
