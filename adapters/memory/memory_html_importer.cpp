@@ -61,12 +61,24 @@ std::string decoded(std::string_view text) {
 
 }  // namespace
 
+void MemoryHTMLImporter::setError(foundation::Error error) {
+    const std::lock_guard lock(mutex_);
+    error_ = std::move(error);
+}
+
+std::vector<std::string> MemoryHTMLImporter::takeDocuments() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(documents_, {});
+}
+
 platform::HTMLImporter::Result MemoryHTMLImporter::importHTML(std::string_view document) {
     const std::size_t body = document.find("<body");
+    const std::lock_guard lock(mutex_);
+    documents_.emplace_back(document);
     return {platform::StyledText::plain(
                 decoded(withoutTags(body == kNone ? document : document.substr(body))),
                 attributesOf(between(document, "body{", "}"))),
-            {}};
+            error_};
 }
 
 }  // namespace tavrolin::adapters::memory

@@ -10,8 +10,16 @@ using File = MemoryMediaPlayers::File;
 
 class Player final : public platform::ClockedMediaPlayer {
 public:
-    Player(platform::Dispatch& dispatch, std::optional<File> file)
-        : ClockedMediaPlayer(dispatch), file_(std::move(file)) {}
+    Player(platform::Dispatch& dispatch, std::optional<File> file,
+           std::shared_ptr<platform::MediaPlayer*> latest)
+        : ClockedMediaPlayer(dispatch), file_(std::move(file)), latest_(std::move(latest)) {
+        *latest_ = this;
+    }
+    ~Player() override {
+        if (*latest_ == this) *latest_ = nullptr;
+    }
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
 
     double duration() override { return file_ ? file_->duration : std::nan(""); }
     std::optional<foundation::Error> error() override {
@@ -24,14 +32,16 @@ public:
 
 private:
     std::optional<File> file_;
+    std::shared_ptr<platform::MediaPlayer*> latest_;
 };
 
 }  // namespace
 
 std::unique_ptr<platform::MediaPlayer> MemoryMediaPlayers::playerWithFile(std::string_view path) {
+    paths_.emplace_back(path);
     const auto found = files_.find(path);
     return std::make_unique<Player>(
-        dispatch_, found == files_.end() ? std::nullopt : std::optional(found->second));
+        dispatch_, found == files_.end() ? std::nullopt : std::optional(found->second), player_);
 }
 
 }  // namespace tavrolin::adapters::memory

@@ -112,7 +112,8 @@ double MemoryTypesetter::lineHeight(const platform::Font& font) {
 
 std::vector<std::pair<char32_t, char32_t>> MemoryTypesetter::charactersOfFont(
     std::string_view name) {
-    if (name == "AppleColorEmoji") return {{0x2600, 0x27BF}, {0x1F300, 0x1FAFF}};
+    if (name == "AppleColorEmoji")
+        return {{'#', '#'}, {'*', '*'}, {'0', '9'}, {0x2600, 0x27BF}, {0x1F300, 0x1FAFF}};
     return {{0x20, 0xD7FF}, {0xF900, 0x10FFFD}};
 }
 

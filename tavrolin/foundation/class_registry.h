@@ -22,6 +22,13 @@ public:
         classes()[std::string(name)] = std::move(factory);
     }
 
+    /// Nothing happens when there is no such class.
+    static void unregisterClass(std::string_view name) {
+        const std::lock_guard lock(mutex());
+        const auto found = classes().find(name);
+        if (found != classes().end()) classes().erase(found);
+    }
+
     /// A new instance on each call; null when there is no such class.
     static std::shared_ptr<Interface> makeInstance(std::string_view name) {
         Factory factory;

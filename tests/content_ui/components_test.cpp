@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <limits>
 
 #include "tavrolin/content_ui/components/audio_component.h"
@@ -106,6 +107,8 @@ protected:
         return label.isHidden() ? "hidden" : label.text();
     }
 
+    platform::MediaPlayer* player() const { return memory_.mediaPlayers.player(); }
+
     WidePictures pictures_{memory_.files};
     ui::ViewController controller_;
     ui::Window window_{controller_, kWidth, {}};
@@ -196,76 +199,81 @@ TEST_F(ComponentsTest, SecondsAreShownWithoutHoursUpToADay) {
 }
 
 TEST_F(ComponentsTest, SoundPlaysPausesAndReturnsToItsStart) {
-    HandPlayer::State& sound = *players_.state;
-    sound.duration = 65.9;
+    memory_.mediaPlayers.setFile("/media/a.wav", {.duration = 65.9});
     const auto component = showFile<CVNAudioComponent>("CVNAudioComponent", "/media/a.wav");
-    EXPECT_EQ(sound.path, "") << "the player comes a turn later";
+    EXPECT_EQ(player(), nullptr) << "it comes a turn later";
     run();
-    EXPECT_EQ(sound.path, "/media/a.wav");
+    ASSERT_NE(player(), nullptr);
     auto& slider = outletOf<ui::Slider>(*component, "playerSlider");
     const auto state = [&] {
+        memory_.dispatch.runReady();
         const auto& button = outletOf<ui::Button>(*component, "playPauseButton");
         return text("startTime") + " " + text("endTime") + " " +
                std::to_string(static_cast<int>(slider.value())) + " " +
-               (button.image() ? button.image()->name() : "no icon") +
-               (sound.observer ? " observed" : "");
+               (button.image() ? button.image()->name() : "no icon");
     };
     EXPECT_EQ(slider.maximumValue(), 65.9);
     EXPECT_EQ(state(), "00:00 01:05 0 cvn-pn-audio-play");
     const auto press = [&] { component->playPauseNotificationEvent(*component); };
 
     press();
-    EXPECT_EQ(sound.rate, 1);
-    sound.playTo(61.5);
-    EXPECT_EQ(state(), "01:01 01:05 61 cvn-pn-audio-pause observed");
+    memory_.dispatch.advance(61.5);
+    EXPECT_EQ(state(), "01:01 01:05 61 cvn-pn-audio-pause");
     press();
-    EXPECT_EQ(sound.rate, 0);
+    EXPECT_EQ(player()->rate(), 0);
     EXPECT_EQ(state(), "01:01 01:05 61 cvn-pn-audio-play");
+    player()->seekToTime(3);
+    EXPECT_EQ(state(), "01:01 01:05 61 cvn-pn-audio-play") << "nobody observes it any more";
     slider.setValue(7);
     component->audioSeekEvent(slider);
-    EXPECT_EQ(sound.time, 7);
+    EXPECT_EQ(player()->currentTime(), 7);
 
     press();
-    sound.playTo(100);
-    EXPECT_EQ(sound.time, 0);
-    EXPECT_EQ(sound.rate, 0);
-    EXPECT_EQ(state(), "00:00 01:05 0 cvn-pn-audio-play observed");
+    memory_.dispatch.advance(100);
+    EXPECT_EQ(player()->currentTime(), 0);
+    EXPECT_EQ(player()->rate(), 0);
+    EXPECT_EQ(state(), "00:00 01:05 0 cvn-pn-audio-play");
     press();
-    EXPECT_EQ(sound.rate, 1) << "ready to be played again";
-
-    // One that plays but says that it can't is started again.
-    sound.error = foundation::Error{"player", 1, "broken"};
-    press();
-    EXPECT_EQ(state(), "00:00 01:05 0 cvn-pn-audio-pause observed");
+    EXPECT_EQ(player()->rate(), 1) << "ready to be played again";
 }
 
 TEST_F(ComponentsTest, SoundWithoutAFileOrALengthStaysQuiet) {
-    const auto empty = showFile<CVNAudioComponent>("CVNAudioComponent", {});
-    run();
-    empty->playPauseNotificationEvent(*empty);
-    empty->audioSeekEvent(*empty);
-    EXPECT_EQ(players_.state->rate, 0);
+    const auto start = [&](const Value& path) {
+        const auto component = showFile<CVNAudioComponent>("CVNAudioComponent", path);
+        run();
+        component->playPauseNotificationEvent(*component);
+        component->audioSeekEvent(*component);
+        return component;
+    };
+    start({});
+    EXPECT_EQ(player(), nullptr);
+    // What can't be played is started anew by each press.
+    const auto broken = start("/media/broken.wav");
+    broken->playPauseNotificationEvent(*broken);
+    EXPECT_EQ(outletOf<ui::Button>(*broken, "playPauseButton").image()->name(),
+              "cvn-pn-audio-pause");
+    EXPECT_EQ(player()->rate(), 0);
 
-    players_.state->duration = std::numeric_limits<double>::quiet_NaN();
-    const auto endless = showFile<CVNAudioComponent>("CVNAudioComponent", "/media/a.wav");
-    run();
-    EXPECT_EQ(endless->audioDuration(), 0);
-    endless->playPauseNotificationEvent(*endless);
-    players_.state->observer(3e12);
-    EXPECT_EQ(text("startTime"), CVNAudioComponent::formatSecondvalue(2147483647));
-    EXPECT_EQ(players_.state->rate, 1);
+    memory_.mediaPlayers.setFile("/media/endless.wav", {.duration = std::nan("")});
+    EXPECT_EQ(start("/media/endless.wav")->audioDuration(), 0);
+    EXPECT_EQ(player()->rate(), 1);
+    memory_.mediaPlayers.setFile("/media/long.wav", {.duration = 3e12});
+    start("/media/long.wav");
+    EXPECT_EQ(text("endTime"), CVNAudioComponent::formatSecondvalue(2147483647));
 
     // A component that is gone before its player comes, or while it plays.
-    showFile<CVNAudioComponent>("CVNAudioComponent", "/media/b.wav");
+    showFile<CVNAudioComponent>("CVNAudioComponent", "/media/late.wav");
     container_ = std::make_shared<ui::View>();
     run();
-    EXPECT_EQ(players_.state->path, "/media/a.wav");
+    EXPECT_EQ(memory_.mediaPlayers.paths().back(), "/media/long.wav");
 }
 
 TEST_F(ComponentsTest, AFilmPlaysOnceItIsToldTo) {
-    HandPlayer::State& film = *players_.state;
+    const auto picture =
+        std::make_shared<platform::Image>(platform::Image{4, 3, std::vector<std::uint8_t>(48)});
+    memory_.mediaPlayers.setFile("/media/my film.mp4",
+                                 {.duration = 10, .picture = [&](double) { return picture; }});
     const auto component = showFile<CVNVideoComponent>("CVNVideoComponent", "/media/my film.mp4");
-    EXPECT_EQ(film.path, "/media/my film.mp4");
     EXPECT_EQ(height(), 225) << "4 to 3";
     ui::View& content = *outlet(*component, "videoContentView");
     ASSERT_EQ(content.layer().sublayers().size(), 1U);
@@ -273,22 +281,20 @@ TEST_F(ComponentsTest, AFilmPlaysOnceItIsToldTo) {
     const auto& button = outletOf<ui::Button>(*component, "playButton");
     ASSERT_NE(button.image(), nullptr);
     EXPECT_EQ(button.image()->name(), "cvn-pn-video-play");
-    EXPECT_EQ(film.rate, 0);
+    EXPECT_EQ(player()->rate(), 0);
 
     component->playVideoNotificationEvent(*component);
     EXPECT_TRUE(button.isHidden());
-    EXPECT_EQ(film.rate, 1);
-    film.playTo(4);
+    memory_.dispatch.advance(4);
     component->playVideoNotificationEvent(*component);
-    EXPECT_EQ(film.time, 4);
-    film.playTo(10);
-    EXPECT_EQ(film.time, 0);
+    EXPECT_EQ(player()->currentTime(), 4);
+    memory_.dispatch.advance(6);
+    EXPECT_EQ(player()->currentTime(), 0);
     EXPECT_FALSE(button.isHidden());
 
     component->configureNotification();
     EXPECT_EQ(content.layer().sublayers().size(), 1U) << "the layer before goes";
-    players_.state = std::make_shared<HandPlayer::State>();
-    players_.state->picture = nullptr;
+    memory_.mediaPlayers.setFile("/media/no-picture.mp4", {.duration = 10});
     showFile<CVNVideoComponent>("CVNVideoComponent", "/media/no-picture.mp4");
     EXPECT_NEAR(height(), kWidth * 9 / 16, 0.5);  // whole pixels
     showFile<CVNVideoComponent>("CVNVideoComponent", "relative.mp4");
@@ -309,8 +315,7 @@ TEST_F(ComponentsTest, TheHeaderTakesTheTimersComponent) {
     EXPECT_EQ(shown({}), "");
     EXPECT_EQ(shown(Value::dictionary({{"ty", 1}})), "timer");
     EXPECT_EQ(shown(Value::dictionary({{"ty", 0}})), "timer");
-    foundation::ClassRegistry<ui::View>::registerClass(
-        "CVNProgressComponent", [] { return std::make_shared<RecordingCarousel>(); });
+    registerClass<RecordingCarousel>("CVNProgressComponent");
     EXPECT_EQ(shown(Value::dictionary({{"ty", 2}})), "progress");
 }
 

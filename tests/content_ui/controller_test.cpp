@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "adapters/memory/memory_extension_context.h"
 #include "tavrolin/content_ui/components/base_component_view.h"
 #include "tavrolin/content_ui/notification_content_handler.h"
 #include "tavrolin/core/push_preferences_manager.h"
@@ -11,6 +12,7 @@
 namespace tavrolin::tests {
 namespace {
 
+using adapters::memory::MemoryExtensionContext;
 using foundation::Value;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -52,8 +54,7 @@ protected:
         return answer == "never" ? answer : answer + " later";
     }
 
-    std::shared_ptr<RecordingExtensionContext> context_ =
-        std::make_shared<RecordingExtensionContext>();
+    std::shared_ptr<MemoryExtensionContext> context_ = std::make_shared<MemoryExtensionContext>();
     std::shared_ptr<CVNCustomNotificationViewController> controller_ =
         std::make_shared<CVNCustomNotificationViewController>();
 };
@@ -174,7 +175,7 @@ TEST_F(ControllerTest, TapsOpenTheAppButOnACarousel) {
     view.setFrame({0, 0, 300, 200});
     ASSERT_EQ(view.gestureRecognizers().size(), 1U);
     EXPECT_NE(ui::tap(view, {10, 10}), nullptr);
-    EXPECT_THAT(context_->requests, ElementsAre("open"));
+    EXPECT_THAT(context_->takeRequests(), ElementsAre("open"));
 
     const auto box = std::make_shared<ui::View>();
     box->setFrame({20, 50, 200, 100});
@@ -205,27 +206,25 @@ TEST_F(ControllerTest, DoesWhatComponentsAskFor) {
     deliverToTray("n2", {});
     receive({});
     for (const Case& each : cases) {
-        context_->requests.clear();
         controller_->handleCustomPushNotificationInteraction(
             Value::dictionary({{"eventData", each.data}}));
-        EXPECT_EQ(context_->requests, each.requests) << each.data.description();
+        EXPECT_EQ(context_->takeRequests(), each.requests) << each.data.description();
     }
     EXPECT_THAT(tray(), ElementsAre("n2"));
     controller_->handleCustomPushNotificationInteraction("1");
     controller_->handleActionButtonInteraction({});
-    EXPECT_THAT(context_->requests, ElementsAre("open"));
+    EXPECT_THAT(context_->takeRequests(), ElementsAre("open"));
 
     // A component's tap finds its way here.
-    context_->requests.clear();
     RecordingCarousel component;
     component.tapNotificationEvent(component);
-    EXPECT_THAT(context_->requests, ElementsAre("open"));
+    EXPECT_THAT(context_->takeRequests(), ElementsAre("open"));
     EXPECT_EQ(component.eventData(), Value::dictionary({{"eventData", 1}}));
 
     install(11);
     controller_->performPushNotificationTap();
     controller_->performPushNotificationClose();
-    EXPECT_THAT(context_->requests, ElementsAre("open")) << "the system can't do it yet";
+    EXPECT_THAT(context_->takeRequests(), IsEmpty()) << "the system can't do it yet";
 }
 
 TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
@@ -287,7 +286,7 @@ TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
         controller_->didReceiveNotification(delivered);
         run();
         coreSDK_->calls.clear();
-        context_->requests.clear();
+        context_->takeRequests();
         memory_.logSink.clear();
         memory_.pasteboard.setString("");
         const std::size_t waiting = pending().size();
@@ -295,7 +294,7 @@ TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
         EXPECT_EQ(press(each.identifier, delivered), each.answer) << number;
         const std::size_t waitingNow = pending().size();
         run();
-        std::vector<std::string> effects = context_->requests;
+        std::vector<std::string> effects = context_->takeRequests();
         if (tray().empty()) effects.emplace_back("removed");
         if (memory_.pasteboard.string() == "CODE") effects.emplace_back("copied");
         if (waitingNow > waiting) effects.emplace_back("snoozed");
@@ -316,8 +315,7 @@ TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
 }
 
 TEST_F(ControllerTest, CarouselsGetTheirButtonsAndStayOpen) {
-    foundation::ClassRegistry<ui::View>::registerClass(
-        "CVNLandscapeCarouselComponent", [] { return std::make_shared<RecordingCarousel>(); });
+    registerClass<RecordingCarousel>("CVNLandscapeCarouselComponent");
     const Value section =
         Value::dictionary({{"type", "CarouselLandscape"},
                            {"carousel", Value::array({Value::dictionary(), Value::dictionary()})}});

@@ -18,6 +18,7 @@ using testing::HasSubstr;
 
 class TextTest : public ContentUITest {
 protected:
+    adapters::memory::MemoryHTMLImporter& html() const { return memory_.htmlImporter; }
     static CVNSharedUtility& utility() { return CVNSharedUtility::sharedInstance(); }
     static std::int64_t lines(const Value& html, const Value& plain, double width) {
         return utility().numberOfLinesForTextWithHTMLText(html, plain, false, width);
@@ -32,23 +33,21 @@ TEST_F(TextTest, HTMLIsWrappedWithSizeWeightAndColour) {
     const Case cases[] = {{0, "15px"},   {-3, "15px"},   {"big", "15px"}, {20, "20px"},
                           {"0", "15px"}, {"20", "20px"}, {{}, "17px"}};
     for (const Case& each : cases) {
-        html_.documents.clear();
         ASSERT_TRUE(utility().getNSAttributedStringFromHTMLString("x", false, each.size));
-        EXPECT_THAT(html_.documents,
+        EXPECT_THAT(html().takeDocuments(),
                     ElementsAre(HasSubstr(std::string("font-size:") + each.pixels + ";")))
             << each.size.description();
     }
-    html_.documents.clear();
     CVNSharedUtility::setIsDarkMode(true);
     EXPECT_EQ(utility().getNSAttributedStringFromHTMLString("<b>%@</b>", true, "0")->string, "%@");
-    EXPECT_THAT(html_.documents,
+    EXPECT_THAT(html().takeDocuments(),
                 ElementsAre("<!DOCTYPE html><html dir='auto'><head><style>body{font-family:"
                             "-apple-system; font-size:15px; font-weight: bold; color: #FFFFFF} "
                             "p:last-child {display: inline;} </style></head><body><b>%@</b></body>"
                             "</html>"));
 
     // An error is told, and what there is comes all the same.
-    html_.error = {"html", 1, "cut short"};
+    html().setError({"html", 1, "cut short"});
     memory_.logSink.clear();
     EXPECT_EQ(utility().getNSAttributedStringFromHTMLString("x", false, {})->string, "x");
     EXPECT_TRUE(
@@ -107,14 +106,14 @@ TEST_F(TextTest, OlderSystemsKeepTheLabelAndKnowFewerLanguages) {
 }
 
 TEST_F(TextTest, CountsLinesAndSetsPlainOnesOff) {
-    EXPECT_EQ(lines("<b>12345678901</b>", "abc", 50), 3);
-    EXPECT_EQ(lines(" ", "abc", 50), 1);
-    EXPECT_EQ(lines({}, "abcdef", 50), 2);
-    EXPECT_EQ(lines(" ", "", 50), 0);
-    EXPECT_EQ(lines(7, {}, 50), 1);
+    EXPECT_EQ(lines("<b>12345678901</b>", "abc", 40), 3);
+    EXPECT_EQ(lines(" ", "abc", 40), 1);
+    EXPECT_EQ(lines({}, "abcdef", 40), 2);
+    EXPECT_EQ(lines(" ", "", 40), 0);
+    EXPECT_EQ(lines(7, {}, 40), 1);
 
     const auto processed = [&](const Value& text, bool isHTML) {
-        return utility().processedText(text, isHTML, 50, false);
+        return utility().processedText(text, isHTML, 40, false);
     };
     memory_.logSink.clear();
     EXPECT_EQ(processed("abcdef", false), Value("abcdef\n"));
