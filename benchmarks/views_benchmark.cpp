@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -33,9 +34,8 @@
 #include "tavrolin/content_ui/custom_notification_view_controller.h"
 #include "tavrolin/content_ui/notification_view.h"
 #include "tavrolin/payload/payload_keys.h"
+#include "tavrolin/platform/canvas.h"
 #include "tavrolin/platform/platform.h"
-#include "tavrolin/ui/controls.h"
-#include "tavrolin/ui/image_view.h"
 #include "tavrolin/ui/label.h"
 #include "tavrolin/ui/window.h"
 
@@ -116,6 +116,57 @@ platform::DeliveredNotification notification(const std::string& example, const c
     return result;
 }
 
+// --- What a view draws besides its texts ---------------------------------------------------------
+
+// Rectangles in one colour or in several, and pictures, at their places.
+class Shapes final : public platform::Canvas {
+public:
+    struct Shape {
+        Rect rect;
+        double cornerRadius = 0;
+        platform::Gradient gradient;  // of one colour: that
+        platform::ImageRef image;     // in that colour, where there is one
+    };
+    explicit Shapes(double scale) : scale_(scale) {}
+
+    const std::vector<Shape>& all() const { return all_; }
+
+    void save() override { offsets_.push_back(offsets_.back()); }
+    void restore() override { offsets_.pop_back(); }
+    void translate(double dx, double dy) override {
+        offsets_.back().x += dx;
+        offsets_.back().y += dy;
+    }
+    void clip(const Rect&, double) override {}
+    void beginGroup() override {}
+    void endGroup(double) override {}
+    void fill(const Rect& rect, double cornerRadius, const platform::Color& color) override {
+        add({rect, cornerRadius, {{color}, {}, {}}, nullptr});
+    }
+    void fill(const Rect& rect, double cornerRadius, const platform::Gradient& gradient) override {
+        add({rect, cornerRadius, gradient, nullptr});
+    }
+    void stroke(const Rect&, double, double, const platform::Color&) override {}
+    void drawImage(const platform::ImageRef& image, const Rect& rect,
+                   const std::optional<platform::Color>& tint) override {
+        Shape shape{rect, 0, {}, image};
+        if (tint) shape.gradient.colors.push_back(*tint);
+        add(shape);
+    }
+    void drawText(const platform::TextLayout&, Point, const platform::Color&) override {}
+    double scale() const override { return scale_; }
+
+private:
+    void add(Shape shape) {
+        shape.rect = shape.rect.movedBy(offsets_.back().x, offsets_.back().y);
+        all_.push_back(std::move(shape));
+    }
+
+    double scale_;
+    std::vector<Point> offsets_{{}};
+    std::vector<Shape> all_;
+};
+
 // --- The view ------------------------------------------------------------------------------------
 
 class Expanded {
@@ -127,6 +178,7 @@ public:
         ports().memory.dispatch.advance(0.1);
         size_ = window_.size();
         collect(controller_->view(), {});
+        window_.draw(shapes_);
     }
 
     void setTextsAnew(int turn) {
@@ -154,52 +206,29 @@ public:
         platform::StyledText text;
         Rect frame;
     };
-    struct Picture {
-        platform::ImageRef image;
-        Rect frame;
-    };
-    struct Box {
-        platform::Color color;
-        Rect frame;
-    };
     const std::vector<Text>& texts() const { return labels_; }
-    const std::vector<Picture>& pictures() const { return pictures_; }
-    const std::vector<Box>& boxes() const { return boxes_; }
+    const Shapes& shapes() const { return shapes_; }
     platform::Size size() const { return size_; }
 
 private:
     void collect(ui::View& view, Point origin) {
         if (view.isHidden()) return;
         const Rect frame = view.frame().movedBy(origin.x, origin.y);
-        if (view.backgroundColor()) boxes_.push_back({view.backgroundColor()->light, frame});
         if (auto* const label = dynamic_cast<ui::Label*>(&view)) {
             labels_.push_back({label,
                                label->attributedText().value_or(platform::StyledText::plain(
                                    label->text(), {.font = label->font()})),
                                frame});
-        } else if (auto* const picture = dynamic_cast<ui::ImageView*>(&view)) {
-            if (picture->image()) {
-                pictures_.push_back(
-                    {picture->image()->pixels({frame.width * kScale, frame.height * kScale}, 0),
-                     frame});
-            }
         }
         for (const auto& subview : view.subviews())
             collect(*subview, frame.origin());
-    }
-
-    void addPicture(ui::Image* image, const Rect& frame) {
-        if (image == nullptr) return;
-        const platform::Size shown{frame.width * kScale, frame.height * kScale};
-        pictures_.push_back({image->pixels(shown, 0), frame});
     }
 
     std::shared_ptr<CVNCustomNotificationViewController> controller_;
     ui::Window window_;
     platform::Size size_;
     std::vector<Text> labels_;
-    std::vector<Picture> pictures_;
-    std::vector<Box> boxes_;
+    Shapes shapes_{kScale};
 };
 
 // --- The same with bare calls --------------------------------------------------------------------
@@ -207,12 +236,13 @@ private:
 class Bare {
 public:
     explicit Bare(const Expanded& view) : view_(view) {
-        for (const Expanded::Picture& picture : view.pictures())
-            surfaces_.push_back(surfaceOf(*picture.image));
+        for (const Shapes::Shape& shape : view.shapes().all())
+            surfaces_.push_back(shape.image == nullptr ? nullptr : surfaceOf(*shape.image));
     }
     ~Bare() {
-        for (cairo_surface_t* surface : surfaces_)
-            cairo_surface_destroy(surface);
+        for (cairo_surface_t* surface : surfaces_) {
+            if (surface != nullptr) cairo_surface_destroy(surface);
+        }
     }
     Bare(const Bare&) = delete;
     Bare& operator=(const Bare&) = delete;
@@ -223,14 +253,8 @@ public:
             static_cast<int>(std::ceil(view_.size().height * kScale)));
         cairo_t* const cairo = cairo_create(surface);
         cairo_scale(cairo, kScale, kScale);
-        for (const Expanded::Box& box : view_.boxes()) {
-            cairo_set_source_rgba(cairo, box.color.red, box.color.green, box.color.blue,
-                                  box.color.alpha);
-            cairo_rectangle(cairo, box.frame.x, box.frame.y, box.frame.width, box.frame.height);
-            cairo_fill(cairo);
-        }
         for (std::size_t i = 0; i < surfaces_.size(); ++i)
-            drawPicture(cairo, surfaces_[i], view_.pictures()[i].frame);
+            drawShape(cairo, view_.shapes().all()[i], surfaces_[i]);
         for (const Expanded::Text& text : view_.texts())
             drawText(cairo, text, turn);
         cairo_destroy(cairo);
@@ -256,13 +280,56 @@ private:
         cairo_surface_mark_dirty(surface);
         return surface;
     }
-    static void drawPicture(cairo_t* cairo, cairo_surface_t* picture, const Rect& frame) {
+    static void drawShape(cairo_t* cairo, const Shapes::Shape& shape, cairo_surface_t* picture) {
+        const auto& [colors, start, end] = shape.gradient;
+        const Rect& rect = shape.rect;
+        if (colors.size() > 1) {
+            cairo_pattern_t* const pattern = cairo_pattern_create_linear(
+                rect.x + start.x * rect.width, rect.y + start.y * rect.height,
+                rect.x + end.x * rect.width, rect.y + end.y * rect.height);
+            const auto last = static_cast<double>(colors.size() - 1);
+            for (std::size_t i = 0; i < colors.size(); ++i) {
+                cairo_pattern_add_color_stop_rgba(pattern, static_cast<double>(i) / last,
+                                                  colors[i].red, colors[i].green, colors[i].blue,
+                                                  colors[i].alpha);
+            }
+            cairo_set_source(cairo, pattern);
+            cairo_pattern_destroy(pattern);
+        } else if (!colors.empty()) {
+            cairo_set_source_rgba(cairo, colors[0].red, colors[0].green, colors[0].blue,
+                                  colors[0].alpha);
+        }
+        if (picture != nullptr) {
+            drawPicture(cairo, picture, rect, !colors.empty());
+        } else {
+            traceRectangle(cairo, rect, shape.cornerRadius);
+            cairo_fill(cairo);
+        }
+    }
+    static void traceRectangle(cairo_t* cairo, const Rect& rect, double radius) {
+        if (!(radius > 0)) return cairo_rectangle(cairo, rect.x, rect.y, rect.width, rect.height);
+        constexpr double kQuarter = 1.5707963267948966;
+        const double right = rect.maxX() - radius;
+        const double bottom = rect.maxY() - radius;
+        cairo_new_sub_path(cairo);
+        cairo_arc(cairo, right, rect.y + radius, radius, -kQuarter, 0);
+        cairo_arc(cairo, right, bottom, radius, 0, kQuarter);
+        cairo_arc(cairo, rect.x + radius, bottom, radius, kQuarter, 2 * kQuarter);
+        cairo_arc(cairo, rect.x + radius, rect.y + radius, radius, 2 * kQuarter, 3 * kQuarter);
+        cairo_close_path(cairo);
+    }
+    static void drawPicture(cairo_t* cairo, cairo_surface_t* picture, const Rect& frame,
+                            bool isTinted) {
         cairo_save(cairo);
         cairo_translate(cairo, frame.x, frame.y);
         cairo_scale(cairo, frame.width / cairo_image_surface_get_width(picture),
                     frame.height / cairo_image_surface_get_height(picture));
-        cairo_set_source_surface(cairo, picture, 0, 0);
-        cairo_paint(cairo);
+        if (isTinted) {
+            cairo_mask_surface(cairo, picture, 0, 0);
+        } else {
+            cairo_set_source_surface(cairo, picture, 0, 0);
+            cairo_paint(cairo);
+        }
         cairo_restore(cairo);
     }
     static void drawText(cairo_t* cairo, const Expanded::Text& text, int turn) {
@@ -303,7 +370,7 @@ private:
     }
 
     const Expanded& view_;
-    std::vector<cairo_surface_t*> surfaces_;
+    std::vector<cairo_surface_t*> surfaces_;  // of the shapes; null for those without a picture
 };
 
 // --- Measuring -----------------------------------------------------------------------------------
@@ -332,9 +399,9 @@ void measureLayout(const Example& example) {
                                      },
                                      [&] { bare.draw(theirs++); }, [&] { view.layOutAndDraw(); }});
     std::printf(
-        "%-12s %4.0f points high, %zu texts, %zu pictures: %.0f us, bare calls %.0f us, "
+        "%-12s %4.0f points high, %zu texts, %zu shapes: %.0f us, bare calls %.0f us, "
         "unchanged %.0f us\n",
-        example.name, view.size().height, view.texts().size(), view.pictures().size(),
+        example.name, view.size().height, view.texts().size(), view.shapes().all().size(),
         median(times[0]), median(times[1]), median(times[2]));
     printRatio(std::string(example.name) + "_to_bare_calls", medianRatio(times[0], times[1]),
                kGoal);
@@ -400,10 +467,13 @@ void measureStart() {
 
 }  // namespace
 
-int main() {
+// usage: views_benchmark [NAME], of one layout only
+int main(int argc, char** argv) {
     ports();
-    for (const Example& example : kExamples)
-        measureLayout(example);
-    measureStart();
+    const std::string wanted = argc > 1 ? argv[1] : "";
+    for (const Example& example : kExamples) {
+        if (wanted.empty() || wanted == example.name) measureLayout(example);
+    }
+    if (wanted.empty() || wanted == "start") measureStart();
     return 0;
 }

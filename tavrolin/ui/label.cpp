@@ -53,6 +53,18 @@ Direction directionOf(std::string_view text) {
     return Direction::none;
 }
 
+// Of letters that run from left to right alone, and of none.
+bool isLatin(std::string_view text) {
+    return std::ranges::all_of(text,
+                               [](char byte) { return static_cast<unsigned char>(byte) < 0xD6; });
+}
+
+bool hasLineBreaks(std::string_view text) {
+    return text.find_first_of("\n\r") != std::string_view::npos ||
+           text.find("\u2028") != std::string_view::npos ||
+           text.find("\u2029") != std::string_view::npos;
+}
+
 }  // namespace
 
 Label::Label() {
@@ -132,37 +144,75 @@ Label::LayoutRef Label::set(double width, int lines) const {
 
 const Size& Label::naturalSize() const {
     if (!naturalSize_) {
-        natural_.layout = set(platform::kUnlimitedWidth, numberOfLines_);
-        naturalSize_ =
-            natural_.layout == nullptr || text().empty() ? Size() : natural_.layout->size();
+        if (!text().empty()) natural_.layout = set(platform::kUnlimitedWidth, numberOfLines_);
+        naturalSize_ = natural_.layout == nullptr ? Size() : natural_.layout->size();
     }
     return *naturalSize_;
 }
 
+// A text that is known to be too long need not be set in one line as well: that takes as long as
+// setting it once more.
 Size Label::intrinsicContentSize(double availableWidth) const {
-    const Size& natural = naturalSize();
-    if (availableWidth >= natural.width || numberOfLines_ == 1) return natural;
-    if (measured_.layout == nullptr || measured_.width != availableWidth) {
-        measured_ = {availableWidth, numberOfLines_, set(availableWidth, numberOfLines_)};
+    if (text().empty()) return {};
+    const bool isUnlimited = availableWidth >= platform::kUnlimitedWidth;
+    if (isUnlimited || naturalSize_ || hasLineBreaks(text())) {
+        const Size& natural = naturalSize();
+        if (availableWidth >= natural.width || numberOfLines_ == 1) return natural;
     }
-    return measured_.layout == nullptr ? Size() : measured_.layout->size();
+    const LayoutRef layout = layoutWithin(availableWidth);
+    if (layout == nullptr) return {};
+    const bool fits = layout->lineCount() <= 1 && !layout->isTruncated();
+    if (fits) naturalSize_ = layout->size();
+    return fits ? layout->size() : Size{availableWidth + 1, layout->size().height};
+}
+
+Label::LayoutRef Label::layoutWithin(double width) const {
+    if (measured_.layout == nullptr || measured_.width != width) {
+        measured_ = {width, numberOfLines_, set(width, numberOfLines_)};
+    }
+    return measured_.layout;
+}
+
+// Where a line begins that was set without a width, nothing where that is not known.
+std::optional<double> Label::beginOfLine(double room) const {
+    TextAlignment alignment = alignment_;
+    if (attributedText_) alignment = attributedText_->paragraph.alignment.value_or(alignment_);
+    switch (alignment) {
+        case TextAlignment::left:
+            return 0;
+        case TextAlignment::center:
+            return room / 2;
+        case TextAlignment::right:
+            return room;
+        case TextAlignment::justified:
+        case TextAlignment::natural:
+            break;
+    }
+    if (isLatin(text())) return 0;
+    return std::nullopt;
+}
+
+std::optional<double> Label::beginOfNaturalLine(double width) const {
+    if (natural_.layout == nullptr || natural_.layout->lineCount() > 1) return std::nullopt;
+    const double room = width - naturalSize_->width;
+    if (room < 0) return std::nullopt;
+    return room < 1 ? 0 : beginOfLine(room);
 }
 
 // As many lines as there is room for, at least one.
 Label::LayoutRef Label::layoutFor(Size size) const {
     if (drawn_.layout != nullptr && drawnSize_ == size) return drawn_.layout;
     drawnSize_ = size;
+    drawnX_ = 0;
     const auto layOut = [&](int lines) {
         drawn_ = {size.width, lines, set(size.width, lines)};
         return drawn_.layout != nullptr;
     };
-    const Size& natural = naturalSize();
-    const bool isNatural = natural_.layout != nullptr && natural_.layout->lineCount() <= 1 &&
-                           size.width >= natural.width && size.width - natural.width < 1;
-    if (isNatural) {
-        drawn_ = {size.width, numberOfLines_, natural_.layout};
-    } else if (measured_.layout != nullptr && measured_.width == size.width) {
+    if (measured_.layout != nullptr && measured_.width == size.width) {
         drawn_ = measured_;
+    } else if (const auto x = beginOfNaturalLine(size.width)) {
+        drawn_ = {size.width, numberOfLines_, natural_.layout};
+        drawnX_ = *x;
     } else if (!layOut(numberOfLines_)) {
         return nullptr;
     }
@@ -198,7 +248,8 @@ void Label::drawText(platform::Canvas& canvas, const platform::Rect& rect,
     if (layout == nullptr) return;
     if (auto* drawing = dynamic_cast<Drawing*>(&canvas)) drawing->keep(layout);
     const double rest = rect.height - layout->size().height;  // texts stand in the middle
-    canvas.drawText(*layout, {rect.x, rect.y + (rest > kRoundingSlack ? rest / 2 : 0)}, color);
+    canvas.drawText(*layout, {rect.x + drawnX_, rect.y + (rest > kRoundingSlack ? rest / 2 : 0)},
+                    color);
 }
 
 bool Label::setProperty(std::string_view name, const foundation::Value& value) {

@@ -50,6 +50,9 @@ private:
 
     /// Null when there is no typesetter.
     LayoutRef layoutFor(platform::Size size) const;
+    LayoutRef layoutWithin(double width) const;
+    std::optional<double> beginOfLine(double room) const;
+    std::optional<double> beginOfNaturalLine(double width) const;
     LayoutRef set(double width, int lines) const;
     const platform::Size& naturalSize() const;
     bool startsRightToLeft() const;
@@ -75,6 +78,7 @@ private:
     mutable Set measured_;  // for the width that it was last measured for
     mutable Set drawn_;     // what fits `drawnSize_`
     mutable platform::Size drawnSize_;
+    mutable double drawnX_ = 0;
 };
 
 }  // namespace tavrolin::ui

@@ -17,7 +17,7 @@ constexpr double kLargestMultiplier = 1e4;
 // What a tree asks for by itself comes after what it is told, in the order of the tree.
 constexpr std::uint64_t kImplicit = std::uint64_t{1} << 62U;
 // Widths depend on heights where shapes are kept; more than this are not followed.
-constexpr int kMostMeasurings = 4;
+constexpr int kMostMeasurings = 5;
 
 double bounded(double number, double largest) {
     if (std::isnan(number)) return 0;
@@ -133,20 +133,34 @@ void LayoutEngine::setUpSide(Record& record, Axis axis) {
     side.compressionResistance = priorities.compressionResistance;
 }
 
-// The natural size, for the width that came out the last time.
+// The natural size, for the width that came out the last time. Of what didn't fit into that width
+// then, and doesn't now, it is enough to know that it is wider: the same width comes out.
 void LayoutEngine::measure(Record& record) {
     View& view = *record.view;
     view.intrinsicSizeChanged_ = false;
-    const platform::Size natural = view.intrinsicContentSize(platform::kUnlimitedWidth);
-    Side& horizontal = record.horizontal;
-    Side& vertical = record.vertical;
-    horizontal.current = natural.width < 0 ? -1 : roundedUp(natural.width);
-    double height = natural.height;
     const double width = view.measuredWidth_;
-    if (height >= 0 && width > 0 && width < horizontal.current) {
-        height = view.intrinsicContentSize(width).height;
+    const bool isLimited = width > 0;
+    const platform::Size natural =
+        view.intrinsicContentSize(isLimited ? width : platform::kUnlimitedWidth);
+    Side& horizontal = record.horizontal;
+    horizontal.isLeast = isLimited && natural.width > width;
+    horizontal.current =
+        natural.width < 0 ? -1 : roundedUp(horizontal.isLeast ? width + pixel() : natural.width);
+    record.vertical.current = natural.height < 0 ? -1 : roundedUp(natural.height);
+}
+
+// True when there is room for more than the least, so that the natural width counts after all.
+bool LayoutEngine::measureExactly(Record& record) {
+    Side& side = record.horizontal;
+    if (!side.isLeast || value(side.sizeVariable, side.size) < side.current - pixel() / 2) {
+        return false;
     }
-    vertical.current = height < 0 ? -1 : roundedUp(height);
+    side.isLeast = false;
+    side.current = roundedUp(record.view->intrinsicContentSize(platform::kUnlimitedWidth).width);
+    if (side.parameter != LayoutSolver::kNone) {
+        solver_.setParameter(side.parameter, side.current - side.natural);
+    }
+    return true;
 }
 
 // --- Goals
@@ -492,13 +506,17 @@ void LayoutEngine::solve(View& root) {
     solver_.solve();
 }
 
-// Whether a height changed with a width.
+// Whether a height changed with a width, or a natural width counts that was not known.
 bool LayoutEngine::measureForWidths() {
     bool hasChanged = false;
     for (Record& record : records_) {
         View& view = *record.view;
+        hasChanged |= measureExactly(record);
         Side& vertical = record.vertical;
-        if (vertical.natural < 0 || vertical.parameter == LayoutSolver::kNone) continue;
+        if (vertical.natural < 0 || vertical.parameter == LayoutSolver::kNone) {
+            view.measuredWidth_ = -1;
+            continue;
+        }
         const Side& horizontal = record.horizontal;
         double width = std::floor(value(horizontal.sizeVariable, horizontal.size) *
                                       surroundings_.traits.displayScale +

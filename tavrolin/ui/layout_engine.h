@@ -40,7 +40,8 @@ private:
         Variable contentVariable = LayoutSolver::kNone;  // the content's length in a scroll view
         Variable parameter = LayoutSolver::kNone;  // the natural size's difference from `natural`
         double natural = -1;                       // what the goals were set up with; none below 0
-        double current = -1;                       // what it is now
+        double current = -1;                       // what it is now, or the least that it may be
+        bool isLeast = false;
         double hugging = 0;
         double compressionResistance = 0;
     };
@@ -99,11 +100,13 @@ private:
     std::uint32_t commonAncestor(std::uint32_t first, std::uint32_t second) const;
 
     void measure(Record& record);
+    bool measureExactly(Record& record);
     bool takeUpChanges();
     bool measureForWidths();
     void solve(View& root);
     void apply();
     double value(Variable variable, double constant) const;
+    double pixel() const { return 1 / surroundings_.traits.displayScale; }
     double snapped(double length) const;
     double roundedUp(double length) const;
 

@@ -110,7 +110,8 @@ public:
     const std::vector<std::shared_ptr<LayoutConstraint>>& constraints() const {
         return constraints_;
     }
-    /// In points, for the width that it would get (unlimited at first); a side may have none.
+    /// What its content takes by itself where there is so much width, in points; a side may have
+    /// none. A width above the available one says that it would take more, not how much.
     virtual platform::Size intrinsicContentSize(double availableWidth) const;
     ContentPriorities& horizontalPriorities() { return horizontalPriorities_; }
     ContentPriorities& verticalPriorities() { return verticalPriorities_; }

@@ -298,6 +298,55 @@ TEST_F(ViewTest, LabelsShowWhatFits) {
     EXPECT_THAT(lines(200, 12), ElementsAre("text \"plain\" at 87.5,0 #000000FF"));
 }
 
+// Setting a text takes most of a pass' time.
+TEST_F(ViewTest, ATextIsSetOnceAndDrawnWhereItIsAligned) {
+    class Counting final : public platform::Typesetter {
+    public:
+        std::unique_ptr<platform::TextLayout> layout(const platform::StyledText& text,
+                                                     const platform::TextFrame& frame) override {
+            ++count;
+            return memory.layout(text, frame);
+        }
+        double lineHeight(const platform::Font& font) override { return memory.lineHeight(font); }
+        std::vector<std::pair<char32_t, char32_t>> charactersOfFont(std::string_view) override {
+            return {};
+        }
+        int count = 0;
+        adapters::memory::MemoryTypesetter memory;
+    };
+    static Counting typesetter;
+    platform::Platform ports = memory.platform();
+    ports.drawing.typesetter = &typesetter;
+    platform::install(ports);
+
+    Controller controller;
+    const auto wrapped = label("one two three four", 0);
+    const auto centered = label("short", 1);
+    centered->setTextAlignment(platform::TextAlignment::center);
+    const auto right = label("short", 1);
+    right->setTextAlignment(platform::TextAlignment::right);
+    auto column = add<ui::StackView>("column", *controller.root);
+    column->setAxis(ui::Axis::vertical);
+    for (const char* edge : {"leading", "trailing", "top", "bottom"})
+        constrain(*controller.root, "column." + std::string(edge) + " = self." + edge);
+    for (const auto& text : {wrapped, centered, right})
+        column->addArrangedSubview(text);
+    ui::Window window(controller, 60, {});
+    adapters::memory::RecordingCanvas first;
+    window.draw(first);
+    typesetter.count = 0;
+    wrapped->setText("five six seven eight");
+    centered->setText("brief");
+    right->setText("tiny");
+    adapters::memory::RecordingCanvas canvas;
+    window.draw(canvas);
+    EXPECT_EQ(typesetter.count, 3);
+    EXPECT_THAT(canvas.lines(),
+                testing::IsSupersetOf({testing::HasSubstr("text \"five six\" at 0,0"),
+                                       testing::HasSubstr("text \"brief\" at 17.5,24"),
+                                       testing::HasSubstr("text \"tiny\" at 40,36")}));
+}
+
 TEST_F(ViewTest, TheTreeIsPrintedAsItIsShown) {
     Controller controller;
     View& root = *controller.root;
