@@ -1,6 +1,6 @@
-// What pictures cost: the frame list of a GIF beside giflib's own streaming and compositing of the
-// same frames, and a photo of 12 megapixels that is shown small beside the JPEG library's own
-// scaled decoding.
+// What pictures cost: the frame list of a GIF and drawing each of its frames once, beside giflib's
+// own streaming and compositing of the same frames, and a photo of 12 megapixels that is shown
+// small beside the JPEG library's own scaled decoding.
 
 #include <gif_lib.h>
 #include <malloc.h>
@@ -11,7 +11,6 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -43,6 +42,25 @@ void require(bool holds, const char* what) {
     if (!holds) throw std::runtime_error(what);
 }
 
+// --- Memory -------------------------------------------------------------------------------------
+
+double kilobytesOf(const char* field) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(field)) return std::atof(line.c_str() + std::strlen(field));
+    }
+    return 0;
+}
+
+// The most memory that the work takes at any time on top of what is there, in bytes.
+double peakOf(const std::function<void()>& work) {
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
+    const double before = kilobytesOf("VmRSS:");
+    work();
+    return (kilobytesOf("VmHWM:") - before) * 1024;
+}
+
 // --- The GIF ------------------------------------------------------------------------------------
 
 int append(GifFileType* gif, const GifByteType* bytes, int count) {
@@ -53,7 +71,7 @@ int append(GifFileType* gif, const GifByteType* bytes, int count) {
 
 // Rings that move over a background; every frame but the first covers the middle half only and lets
 // some of what is below show through. Of two delays by turns, in hundredths.
-Bytes animation(int delay, int otherDelay) {
+Bytes animation(int delay, int otherDelay, int frames) {
     Bytes file;
     int error = 0;
     GifFileType* gif = EGifOpen(&file, append, &error);
@@ -65,7 +83,7 @@ Bytes animation(int delay, int otherDelay) {
         colors->Colors[i] = {shade, static_cast<GifByteType>(255 - shade), 128};
     }
     EGifPutScreenDesc(gif, kWidth, kHeight, 6, 0, colors);
-    for (int frame = 0; frame < kFrames; ++frame) {
+    for (int frame = 0; frame < frames; ++frame) {
         const GraphicsControlBlock control = {DISPOSE_DO_NOT, false,
                                               frame % 2 == 0 ? delay : otherDelay,
                                               frame == 0 ? NO_TRANSPARENT_COLOR : 0};
@@ -108,13 +126,15 @@ int readBytes(GifFileType* gif, GifByteType* to, int count) {
     return static_cast<int>(now);
 }
 
+using Show = std::function<void(std::size_t, const Bytes&)>;
+
 // Of files without surprises: frames that stay, within the canvas, not interlaced.
-std::vector<Bytes> bareFrames(const Bytes& file) {
+void playBare(const Bytes& file, const Show& show) {
     Reading reading{file};
     int error = 0;
     GifFileType* gif = DGifOpen(&reading, readBytes, &error);
     require(gif != nullptr, "the GIF can't be opened");
-    std::vector<Bytes> frames;
+    std::size_t frames = 0;
     Bytes canvas(std::size_t{kWidth} * kHeight * 4);
     Bytes row(kWidth);
     int transparent = NO_TRANSPARENT_COLOR;
@@ -150,66 +170,64 @@ std::vector<Bytes> bareFrames(const Bytes& file) {
                     to[3] = 255;
                 }
             }
-            frames.push_back(canvas);
+            show(frames++, canvas);
         }
     }
     DGifCloseFile(gif, &error);
-    return frames;
 }
 
-std::optional<AnimatedImage> frameList(const Bytes& file) {
-    return CVNGifImageUtility::animatedImageWithAnimatedGIFReleasingImageSource(
+AnimatedImage frameList(const Bytes& file) {
+    auto list = CVNGifImageUtility::animatedImageWithAnimatedGIFReleasingImageSource(
         adapters::images::ImageDecoder().sourceWithData(file));
+    require(list.has_value(), "the GIF has no list of frames");
+    return std::move(*list);
 }
 
-std::size_t memoryInUse() {
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
+// The list's frames as they are shown one after the other, each decoded once.
+void play(const AnimatedImage& list, const Show& show) {
+    for (std::size_t i = 0; i < list.frames.size(); ++i) {
+        const std::uint32_t frame = list.frames[i];
+        if (i > 0 && list.frames[i - 1] == frame) continue;
+        show(frame, list.source->imageAtIndex(frame, kWidth, kHeight)->pixels);
+    }
 }
 
 void measureGIF() {
-    const Bytes even = animation(10, 10);
-    const std::vector<Bytes> expected = bareFrames(even);
-    const auto list = frameList(even);
-    require(list && list->images.size() == kFrames, "not all frames came");
-    for (int i = 0; i < kFrames; ++i) {
-        const auto index = static_cast<std::size_t>(i);
-        require(list->images[index]->pixels == expected[index], "a frame differs");
-    }
+    const Bytes even = animation(10, 10, kFrames);
+    std::vector<Bytes> expected;
+    playBare(even, [&](std::size_t, const Bytes& pixels) { expected.push_back(pixels); });
+    std::size_t shown = 0;
+    play(frameList(even), [&](std::size_t frame, const Bytes& pixels) {
+        require(pixels == expected[frame], "a frame differs");
+        ++shown;
+    });
+    require(shown == kFrames, "not all frames came");
+    const Show nothing = [](std::size_t, const Bytes&) {};
     const auto times = benchmarks::timesInTurns(
-        TimeOf::processor, kTurns, 4, {[&] { frameList(even); }, [&] { bareFrames(even); }});
+        TimeOf::processor, kTurns, 4,
+        {[&] { play(frameList(even), nothing); }, [&] { playBare(even, nothing); }});
     std::printf("GIF of %d frames of %d by %d: %.2f ms (giflib %.2f ms)\n", kFrames, kWidth,
                 kHeight, benchmarks::median(times[0]) / 1e3, benchmarks::median(times[1]) / 1e3);
-    for (const int delay : {10, 7, 1}) {
-        const Bytes file = animation(delay, 100);
-        const std::size_t before = memoryInUse();
-        const auto animated = frameList(file);
-        std::printf(
-            "GIF list of %5zu entries, %d distinct frames: %.2f MB (their pixels %.2f MB)\n",
-            animated->images.size(), kFrames, static_cast<double>(memoryInUse() - before) / 1e6,
-            kFrames * kWidth * kHeight * 4 / 1e6);
+    for (const int frames : {kFrames, 10 * kFrames}) {
+        for (const int delay : {10, 7, 1}) {
+            const Bytes file = animation(delay, 100, frames);
+            std::size_t entries = 0;
+            const double peak = peakOf([&] {
+                const AnimatedImage list = frameList(file);
+                entries = list.frames.size();
+                play(list, nothing);
+            });
+            std::printf(
+                "GIF of %3d frames, a list of %5zu: peak %.2f MB (a frame's pixels "
+                "%.2f MB, the file %.2f MB)\n",
+                frames, entries, peak / 1e6, kWidth * kHeight * 4 / 1e6,
+                static_cast<double>(file.size()) / 1e6);
+        }
     }
-    benchmarks::printRatio("gif_frame_list", benchmarks::medianRatio(times[0], times[1]), 1.1);
+    benchmarks::printRatio("gif_frames", benchmarks::medianRatio(times[0], times[1]), 1.1);
 }
 
 // --- The photo ----------------------------------------------------------------------------------
-
-double kilobytesOf(const char* field) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with(field)) return std::atof(line.c_str() + std::strlen(field));
-    }
-    return 0;
-}
-
-// The most memory that the work takes at any time on top of what is there, in bytes.
-double peakOf(const std::function<void()>& work) {
-    malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
-    const double before = kilobytesOf("VmRSS:");
-    work();
-    return (kilobytesOf("VmHWM:") - before) * 1024;
-}
 
 // A quarter of the size each way, as the library makes it.
 Bytes barePhoto(const Bytes& file) {
@@ -239,14 +257,14 @@ void measurePhoto() {
     const auto source = adapters::images::ImageDecoder().sourceWithData(file);
     require(source != nullptr, "the photo can't be opened");
     platform::ImageRef image;
-    const double peak = peakOf([&] { image = source->imageFitting(kShownWidth, kPhotoHeight); });
+    const double peak = peakOf([&] { image = source->imageAtIndex(0, kShownWidth, kPhotoHeight); });
     const auto shown = static_cast<double>(image->pixels.size());
     std::printf(
         "photo of 12 megapixels shown in %u by %u: peak %.2f MB (the shown pixels %.2f MB)\n",
         image->width, image->height, peak / 1e6, shown / 1e6);
     const auto times = benchmarks::timesInTurns(
         TimeOf::processor, kTurns, 1,
-        {[&] { source->imageFitting(kShownWidth, kPhotoHeight); }, [&] { barePhoto(file); }});
+        {[&] { source->imageAtIndex(0, kShownWidth, kPhotoHeight); }, [&] { barePhoto(file); }});
     std::printf("photo decoded in %.1f ms (the JPEG library, scaled, %.1f ms)\n",
                 benchmarks::median(times[0]) / 1e3, benchmarks::median(times[1]) / 1e3);
     benchmarks::printRatio("photo_peak_to_shown_pixels", peak / shown, 2.0);

@@ -23,22 +23,19 @@ inline bool isReasonable(std::uint64_t width, std::uint64_t height, std::uint64_
            width * height <= kMaximumPixels && width * height / pixelsPerByte <= bytes;
 }
 
+/// Null when it has no frames.
 std::unique_ptr<platform::ImageSource> openGIF(std::unique_ptr<ByteSource> bytes);
 bool gifBegins(const ByteSource& bytes);
 
-/// Null when not even the header can be read. Rows that are missing stay transparent (in a JPEG:
-/// grey).
-platform::ImageRef decodeJPEG(const ByteSource& bytes);
-platform::ImageRef decodePNG(const ByteSource& bytes);
-platform::ImageRef decodeWebP(const ByteSource& bytes);
 /// The size as it is shown, from the header; no pixels when there is none.
 PixelSize sizeOfJPEG(const ByteSource& bytes);
 PixelSize sizeOfPNG(const ByteSource& bytes);
 PixelSize sizeOfWebP(const ByteSource& bytes);
-/// As it is shown, scaled down to fit while it is decoded. An interlaced PNG is decoded as a whole.
-platform::ImageRef decodeJPEGFitting(const ByteSource& bytes, PixelSize bounds);
-platform::ImageRef decodePNGFitting(const ByteSource& bytes, PixelSize bounds);
-platform::ImageRef decodeWebPFitting(const ByteSource& bytes, PixelSize bounds);
+/// As it is shown, scaled down to fit while it is decoded. Null when not even the header can be
+/// read; rows that are missing stay transparent (in a JPEG: grey).
+platform::ImageRef decodeJPEG(const ByteSource& bytes, PixelSize bounds);
+platform::ImageRef decodePNG(const ByteSource& bytes, PixelSize bounds);
+platform::ImageRef decodeWebP(const ByteSource& bytes, PixelSize bounds);
 /// Whether the header and the first rows decode.
 bool jpegBegins(const ByteSource& bytes);
 bool pngBegins(const ByteSource& bytes);

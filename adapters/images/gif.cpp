@@ -1,6 +1,7 @@
 #include <gif_lib.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -23,8 +24,17 @@ constexpr std::uint64_t kMaximumDecodedPixels = 1'000'000'000;
 
 constexpr std::size_t kPixel = 4;
 
-// A rectangle of the canvas, cut to it.
+// What a frame covers of its canvas.
 struct Area {
+    // Positions are never negative: the file's numbers have no sign.
+    static Area of(const GifImageDesc& frame, PixelSize canvas) {
+        const auto left = std::min<std::size_t>(static_cast<std::size_t>(frame.Left), canvas.width);
+        const auto top = std::min<std::size_t>(static_cast<std::size_t>(frame.Top), canvas.height);
+        return {left, top,
+                std::min<std::size_t>(static_cast<std::size_t>(frame.Width), canvas.width - left),
+                std::min<std::size_t>(static_cast<std::size_t>(frame.Height), canvas.height - top)};
+    }
+
     std::size_t left = 0;
     std::size_t top = 0;
     std::size_t width = 0;
@@ -66,7 +76,7 @@ public:
     /// Goes on to the next frame's description. The frame before it must have been read or skipped.
     bool nextFrame() {
         control_ = {};
-        for (;;) {
+        while (isOpen()) {
             GifRecordType record = UNDEFINED_RECORD_TYPE;
             if (DGifGetRecordType(gif_, &record) == GIF_ERROR) return false;
             if (record == IMAGE_DESC_RECORD_TYPE) {
@@ -77,6 +87,7 @@ public:
             }
             if (record != EXTENSION_RECORD_TYPE || !readExtension()) return false;
         }
+        return false;
     }
     bool skipFrame() {
         int codeSize = 0;
@@ -153,13 +164,45 @@ private:
     std::size_t pass_ = 0;
 };
 
+// What a frame's numbers of colours mean: pixels, all zero where nothing is drawn.
+class Palette {
+public:
+    /// Of the pass's present frame; nothing when it has no colours.
+    static std::optional<Palette> of(const Pass& pass) {
+        const ColorMapObject* map =
+            pass.frame().ColorMap != nullptr ? pass.frame().ColorMap : pass.gif().SColorMap;
+        if (map == nullptr) return std::nullopt;
+        Palette palette;
+        const auto count = static_cast<std::size_t>(std::clamp(map->ColorCount, 0, 256));
+        for (std::size_t i = 0; i < count; ++i) {
+            const GifColorType& rgb = map->Colors[i];
+            palette.pixels_[i] = {rgb.Red, rgb.Green, rgb.Blue, 255};
+        }
+        const int transparent = pass.control().transparentColor();
+        if (transparent != NO_TRANSPARENT_COLOR)
+            palette.pixels_[static_cast<std::uint8_t>(transparent)] = {};
+        return palette;
+    }
+
+    void draw(const std::uint8_t* colors, std::size_t count, std::uint8_t* to) const {
+        for (std::size_t x = 0; x < count; ++x, to += kPixel) {
+            const Pixel& pixel = pixels_[colors[x]];
+            if (pixel[3] != 0) std::memcpy(to, pixel.data(), kPixel);
+        }
+    }
+
+private:
+    using Pixel = std::array<std::uint8_t, kPixel>;
+    std::array<Pixel, 256> pixels_{};
+};
+
 // The picture as it builds up, frame by frame.
 class Canvas {
 public:
-    Canvas(std::uint32_t width, std::uint32_t height) {
-        image_.width = width;
-        image_.height = height;
-        image_.pixels.resize(std::size_t{width} * height * kPixel);
+    explicit Canvas(PixelSize size) {
+        image_.width = size.width;
+        image_.height = size.height;
+        image_.pixels.resize(std::size_t{size.width} * size.height * kPixel);
     }
 
     const Image& image() const { return image_; }
@@ -167,7 +210,7 @@ public:
     /// Takes the last frame away as that frame asked for, and gets ready for the next one.
     void beginFrame(const GifImageDesc& frame, int disposal) {
         dispose();
-        area_ = cut(frame);
+        area_ = Area::of(frame, {image_.width, image_.height});
         disposal_ = disposal;
         kept_.clear();
         if (disposal_ != DISPOSE_PREVIOUS) return;
@@ -177,33 +220,14 @@ public:
             kept_.insert(kept_.end(), row, row + area_.width * kPixel);
         }
     }
-    void drawRow(std::size_t y, const std::vector<std::uint8_t>& colors, const ColorMapObject& map,
-                 int transparent) {
-        if (y >= area_.height) return;
-        std::uint8_t* to = at(area_.left, area_.top + y);
-        for (std::size_t x = 0; x < area_.width; ++x, to += kPixel) {
-            const int color = colors[x];
-            if (color == transparent || color >= map.ColorCount) continue;
-            const GifColorType& rgb = map.Colors[color];
-            to[0] = rgb.Red;
-            to[1] = rgb.Green;
-            to[2] = rgb.Blue;
-            to[3] = 255;
-        }
+    void drawRow(std::size_t y, const std::vector<std::uint8_t>& colors, const Palette& palette) {
+        if (y < area_.height)
+            palette.draw(colors.data(), area_.width, at(area_.left, area_.top + y));
     }
 
 private:
     std::uint8_t* at(std::size_t x, std::size_t y) {
         return image_.pixels.data() + (y * image_.width + x) * kPixel;
-    }
-
-    // Positions are never negative: the file's numbers have no sign.
-    Area cut(const GifImageDesc& frame) const {
-        const auto left = std::min<std::size_t>(static_cast<std::size_t>(frame.Left), image_.width);
-        const auto top = std::min<std::size_t>(static_cast<std::size_t>(frame.Top), image_.height);
-        return {left, top,
-                std::min<std::size_t>(static_cast<std::size_t>(frame.Width), image_.width - left),
-                std::min<std::size_t>(static_cast<std::size_t>(frame.Height), image_.height - top)};
     }
 
     void dispose() {
@@ -225,8 +249,17 @@ private:
     std::vector<std::uint8_t> kept_;  // what the last frame covered, if it is to come back
 };
 
-const ColorMapObject* colorsOf(const Pass& pass) {
-    return pass.frame().ColorMap != nullptr ? pass.frame().ColorMap : pass.gif().SColorMap;
+// Calls `take(y, colors)` for each row of the pass's frame, in the order of the file, and returns
+// how many came.
+template <class Take>
+int readRows(Pass& pass, Take take) {
+    std::vector<std::uint8_t> colors;
+    RowOrder order(pass.frame());
+    for (int i = 0; i < pass.frame().Height; ++i, order.advance()) {
+        if (!pass.readRow(colors)) return i;
+        take(order.row(), colors);
+    }
+    return pass.frame().Height;
 }
 
 class GIFSource : public ImageSource {
@@ -234,26 +267,19 @@ public:
     explicit GIFSource(std::unique_ptr<ByteSource> bytes) : bytes_(std::move(bytes)) { scan(); }
 
     std::size_t count() const override { return timings_.size(); }
+    std::uint32_t width() const override { return size_.width; }
+    std::uint32_t height() const override { return size_.height; }
 
-    ImageRef imageAtIndex(std::size_t index) override {
+    ImageRef imageAtIndex(std::size_t index, std::uint32_t width, std::uint32_t height) override {
         if (index >= count()) return nullptr;
-        if (index + 1 < drawn_ || !pass_) restart();
-        while (drawn_ <= index) {
-            if (isBroken_ || !drawNext()) return nullptr;
-        }
-        return std::make_shared<Image>(canvas_->image());
+        const PixelSize fitted = fittedSize(size_, {width, height});
+        if (index == 0 && fitted != size_) return firstFrame(fitted);
+        return drawTo(index) ? reduced(canvas_->image(), fitted) : nullptr;
     }
 
     std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) override {
         if (index >= count()) return std::nullopt;
         return timings_[index];
-    }
-    std::uint32_t width() const override { return size_.width; }
-    std::uint32_t height() const override { return size_.height; }
-    ImageRef imageFitting(std::uint32_t width, std::uint32_t height) override {
-        const PixelSize fitted = fittedSize(size_, {width, height});
-        const ImageRef first = imageAtIndex(0);
-        return first && fitted != size_ ? reduced(*first, fitted) : first;
     }
 
 private:
@@ -266,33 +292,69 @@ private:
         while (timings_.size() < kMaximumFrames && pass.nextFrame()) {
             const bool isWhole = pass.skipFrame();
             if (isWhole || timings_.empty()) timings_.push_back(pass.control().timing());
-            if (!isWhole) return;
+            if (!isWhole) break;
         }
+        decodable_ = count();
+    }
+
+    // Made smaller row by row, without a canvas.
+    ImageRef firstFrame(PixelSize fitted) const {
+        Pass pass(*bytes_);
+        if (!pass.nextFrame()) return nullptr;
+        const std::optional<Palette> palette = Palette::of(pass);
+        if (!palette) return nullptr;
+        const Area area = Area::of(pass.frame(), size_);
+        std::vector<std::uint8_t> row(std::size_t{size_.width} * kPixel);
+        const auto take = [&](const auto& add) {
+            return readRows(pass, [&](std::size_t y, const std::vector<std::uint8_t>& colors) {
+                if (y >= area.height) return;
+                std::ranges::fill(row, std::uint8_t{0});
+                palette->draw(colors.data(), area.width, row.data() + area.left * kPixel);
+                add(static_cast<std::uint32_t>(area.top + y));
+            });
+        };
+        if (pass.frame().Interlace) {
+            ScatteredReduction reduction(size_, fitted);
+            const int rows = take(
+                [&](std::uint32_t y) { reduction.addPixels(row.data(), size_.width, y, 0, 1); });
+            return rows > 0 ? reduction.take() : nullptr;
+        }
+        Reduction reduction(size_, fitted);
+        for (std::size_t y = 0; y < area.top; ++y)
+            reduction.addRow(row.data());
+        const int rows = take([&](std::uint32_t) { reduction.addRow(row.data()); });
+        return rows > 0 ? reduction.take() : nullptr;
+    }
+
+    // Makes the canvas show this frame, or what stood before it where it can't be decoded.
+    bool drawTo(std::size_t index) {
+        const auto wanted = [&] { return std::min(index + 1, decodable_); };
+        if (!pass_ || drawn_ > wanted()) restart();
+        while (drawn_ < wanted()) {
+            if (drawNext()) continue;
+            decodable_ = drawn_;
+            restart();  // the canvas may show a part of the one that failed
+        }
+        return decodable_ > 0;
     }
 
     void restart() {
         pass_.emplace(*bytes_);
-        isBroken_ = !canvasIsReasonable(*pass_, *bytes_);
+        canvas_.emplace(size_);
         drawn_ = 0;
-        if (isBroken_) return;
-        canvas_.emplace(static_cast<std::uint32_t>(pass_->gif().SWidth),
-                        static_cast<std::uint32_t>(pass_->gif().SHeight));
     }
 
     bool drawNext() {
-        const ColorMapObject* map = nullptr;
-        isBroken_ = !pass_->nextFrame() || (map = colorsOf(*pass_)) == nullptr;
-        if (isBroken_) return false;
+        if (!pass_->nextFrame()) return false;
+        const std::optional<Palette> palette = Palette::of(*pass_);
+        if (!palette) return false;
         canvas_->beginFrame(pass_->frame(), pass_->control().disposal());
-        RowOrder order(pass_->frame());
-        for (int i = 0; i < pass_->frame().Height; ++i, order.advance()) {
-            if (!pass_->readRow(row_)) {
-                isBroken_ = true;
-                // Part of a first frame is better than nothing.
-                if (drawn_ > 0 || i == 0) return false;
-                break;
-            }
-            canvas_->drawRow(order.row(), row_, *map, pass_->control().transparentColor());
+        const int rows = readRows(*pass_, [&](std::size_t y, const auto& colors) {
+            canvas_->drawRow(y, colors, *palette);
+        });
+        if (rows < pass_->frame().Height) {
+            if (drawn_ > 0 || rows == 0) return false;
+            decodable_ = 1;  // part of a first frame is better than nothing
         }
         ++drawn_;
         return true;
@@ -301,12 +363,11 @@ private:
     std::unique_ptr<ByteSource> bytes_;
     PixelSize size_;
     std::vector<GIFTiming> timings_;  // one for each frame
+    std::size_t decodable_ = 0;       // so many frames, as far as is known
 
     std::optional<Pass> pass_;
     std::optional<Canvas> canvas_;
     std::size_t drawn_ = 0;  // the canvas shows the frame before this one
-    bool isBroken_ = false;  // the pass can't go on
-    std::vector<std::uint8_t> row_;
 };
 
 }  // namespace
@@ -318,8 +379,7 @@ std::unique_ptr<ImageSource> openGIF(std::unique_ptr<ByteSource> bytes) {
 
 bool gifBegins(const ByteSource& bytes) {
     Pass pass(bytes);
-    if (!canvasIsReasonable(pass, bytes) || !pass.nextFrame() || colorsOf(pass) == nullptr)
-        return false;
+    if (!canvasIsReasonable(pass, bytes) || !pass.nextFrame() || !Palette::of(pass)) return false;
     std::vector<std::uint8_t> row;
     for (int i = 0; i < std::min(pass.frame().Height, static_cast<int>(kFirstRows)); ++i) {
         if (!pass.readRow(row)) return false;

@@ -44,13 +44,12 @@ bool begins(Format format, const ByteSource& bytes) {
 
 // What a kind of still picture can do.
 struct Still {
-    ImageRef (*decode)(const ByteSource&);
     PixelSize (*size)(const ByteSource&);
-    ImageRef (*decodeFitting)(const ByteSource&, PixelSize bounds);
+    ImageRef (*decode)(const ByteSource&, PixelSize bounds);
 };
-constexpr Still kJPEG = {decodeJPEG, sizeOfJPEG, decodeJPEGFitting};
-constexpr Still kPNG = {decodePNG, sizeOfPNG, decodePNGFitting};
-constexpr Still kWebP = {decodeWebP, sizeOfWebP, decodeWebPFitting};
+constexpr Still kJPEG = {sizeOfJPEG, decodeJPEG};
+constexpr Still kPNG = {sizeOfPNG, decodePNG};
+constexpr Still kWebP = {sizeOfWebP, decodeWebP};
 
 // One picture, decoded when it is asked for.
 class StillSource : public ImageSource {
@@ -59,15 +58,12 @@ public:
         : bytes_(std::move(bytes)), still_(still), size_(still.size(*bytes_)) {}
 
     std::size_t count() const override { return 1; }
-    ImageRef imageAtIndex(std::size_t index) override {
-        return index == 0 ? still_.decode(*bytes_) : nullptr;
-    }
-    std::optional<GIFTiming> gifTimingAtIndex(std::size_t) override { return std::nullopt; }
     std::uint32_t width() const override { return size_.width; }
     std::uint32_t height() const override { return size_.height; }
-    ImageRef imageFitting(std::uint32_t width, std::uint32_t height) override {
-        return still_.decodeFitting(*bytes_, {width, height});
+    ImageRef imageAtIndex(std::size_t index, std::uint32_t width, std::uint32_t height) override {
+        return index == 0 ? still_.decode(*bytes_, {width, height}) : nullptr;
     }
+    std::optional<GIFTiming> gifTimingAtIndex(std::size_t) override { return std::nullopt; }
 
 private:
     std::unique_ptr<ByteSource> bytes_;
@@ -78,8 +74,8 @@ private:
 std::unique_ptr<ImageSource> open(std::unique_ptr<ByteSource> bytes) {
     if (!bytes) return nullptr;
     const Format format = formatOf(*bytes);
-    if (format == Format::gif) return openGIF(std::move(bytes));
     if (!begins(format, *bytes)) return nullptr;
+    if (format == Format::gif) return openGIF(std::move(bytes));
     const Still& still = format == Format::jpeg ? kJPEG : format == Format::png ? kPNG : kWebP;
     return std::make_unique<StillSource>(std::move(bytes), still);
 }

@@ -10,12 +10,13 @@ namespace tavrolin::adapters::images {
 /// frames, and no memory for a picture that the file's bytes can't fill. Files are read as they are
 /// decoded, never as a whole (a WebP excepted).
 ///
-/// Of a photo, `imageFitting` is turned as its camera says; `imageAtIndex` has the file's pixels as
-/// they lie. Made to fit, a JPEG is decoded in eighths of its size and a PNG row by row, so neither
-/// takes the memory of the whole picture, unless it is progressive or interlaced.
+/// A photo is turned as its camera says. Made to fit, a JPEG is decoded in eighths of its size, and
+/// all others row by row, so that none takes the memory of the whole picture; but a lossless WebP
+/// does, an interlaced PNG of which more than a quarter is shown, and a GIF from its second frame
+/// on.
 ///
 /// A file that was cut short keeps what is there: a GIF its whole frames, a still picture and a
-/// GIF's first frame the rows that came. Later frames of a GIF that are damaged are null.
+/// GIF's first frame the rows that came. From a damaged frame of a GIF on, the one before it stays.
 class ImageDecoder : public platform::ImageDecoder {
 public:
     std::unique_ptr<platform::ImageSource> sourceWithData(foundation::Value::Bytes bytes) override;

@@ -201,31 +201,13 @@ unsigned eighthsFor(PixelSize size, PixelSize wanted) {
 
 }  // namespace
 
-platform::ImageRef decodeJPEG(const ByteSource& bytes) {
-    Decompression jpeg(bytes);
-    if (!jpeg.readHeader() ||
-        !isReasonable(jpeg.width(), jpeg.height(), bytes.size(), kPixelsPerByte) || !jpeg.start())
-        return nullptr;
-    auto image = std::make_shared<platform::Image>();
-    image->width = jpeg.width();
-    image->height = jpeg.height();
-    const std::size_t rowBytes = std::size_t{image->width} * 4;
-    image->pixels.resize(rowBytes * image->height);
-    for (std::uint32_t y = 0; y < image->height; ++y) {
-        if (jpeg.readRow(image->pixels.data() + y * rowBytes)) continue;
-        if (y == 0) return nullptr;
-        break;
-    }
-    return image;
-}
-
 PixelSize sizeOfJPEG(const ByteSource& bytes) {
     Decompression jpeg(bytes);
     if (!jpeg.readHeader()) return {};
     return Orientation::ofJPEG(bytes).applied(PixelSize{jpeg.width(), jpeg.height()});
 }
 
-platform::ImageRef decodeJPEGFitting(const ByteSource& bytes, PixelSize bounds) {
+platform::ImageRef decodeJPEG(const ByteSource& bytes, PixelSize bounds) {
     Decompression jpeg(bytes);
     if (!jpeg.readHeader() ||
         !isReasonable(jpeg.width(), jpeg.height(), bytes.size(), kPixelsPerByte))

@@ -81,9 +81,7 @@ private:
     int passes_ = 1;
 };
 
-}  // namespace
-
-platform::ImageRef decodePNG(const ByteSource& bytes) {
+platform::ImageRef decodeWhole(const ByteSource& bytes) {
     Reading png(bytes);
     if (!png.start()) return nullptr;
     auto image = std::make_shared<platform::Image>();
@@ -100,13 +98,6 @@ platform::ImageRef decodePNG(const ByteSource& bytes) {
     return image;
 }
 
-PixelSize sizeOfPNG(const ByteSource& bytes) {
-    Reading png(bytes);
-    return png.start() ? PixelSize{png.width(), png.height()} : PixelSize{};
-}
-
-namespace {
-
 // The rows of an interlaced picture are whole only with the last pass, and all of them take memory
 // for all of it: where much less is shown, its pixels are summed up as they come.
 platform::ImageRef decodeInterlaced(const ByteSource& bytes, PixelSize fitted) {
@@ -116,7 +107,7 @@ platform::ImageRef decodeInterlaced(const ByteSource& bytes, PixelSize fitted) {
     const PixelSize size = {png.width(), png.height()};
     if (std::uint64_t{fitted.width} * fitted.height * kWorthwhile >
         std::uint64_t{size.width} * size.height) {
-        const platform::ImageRef whole = decodePNG(bytes);
+        const platform::ImageRef whole = decodeWhole(bytes);
         return whole ? reduced(*whole, fitted) : nullptr;
     }
     ScatteredReduction reduction(size, fitted);
@@ -135,7 +126,12 @@ platform::ImageRef decodeInterlaced(const ByteSource& bytes, PixelSize fitted) {
 
 }  // namespace
 
-platform::ImageRef decodePNGFitting(const ByteSource& bytes, PixelSize bounds) {
+PixelSize sizeOfPNG(const ByteSource& bytes) {
+    Reading png(bytes);
+    return png.start() ? PixelSize{png.width(), png.height()} : PixelSize{};
+}
+
+platform::ImageRef decodePNG(const ByteSource& bytes, PixelSize bounds) {
     Reading png(bytes);
     if (!png.start()) return nullptr;
     const PixelSize size = {png.width(), png.height()};

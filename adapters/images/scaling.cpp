@@ -157,6 +157,7 @@ std::shared_ptr<Image> ScatteredReduction::take() {
 }
 
 std::shared_ptr<Image> reduced(const Image& image, PixelSize to) {
+    if (to == PixelSize{image.width, image.height}) return std::make_shared<Image>(image);
     Reduction reduction({image.width, image.height}, to);
     for (std::uint32_t y = 0; y < image.height; ++y)
         reduction.addRow(image.pixels.data() + std::size_t{y} * image.width * 4);

@@ -52,7 +52,7 @@ PixelSize sizeOfWebP(const ByteSource& bytes) {
             static_cast<std::uint32_t>(features.height)};
 }
 
-platform::ImageRef decodeWebPFitting(const ByteSource& bytes, PixelSize bounds) {
+platform::ImageRef decodeWebP(const ByteSource& bytes, PixelSize bounds) {
     const PixelSize size = sizeOfWebP(bytes);
     Config held;
     if (size == PixelSize{} || !held.isValid()) return nullptr;
@@ -78,10 +78,6 @@ platform::ImageRef decodeWebPFitting(const ByteSource& bytes, PixelSize bounds) 
     WebPIDecGetRGB(decoder, &rows, nullptr, nullptr, nullptr);
     WebPIDelete(decoder);
     return status == VP8_STATUS_OK || rows > 0 ? image : nullptr;
-}
-
-platform::ImageRef decodeWebP(const ByteSource& bytes) {
-    return decodeWebPFitting(bytes, {UINT32_MAX, UINT32_MAX});
 }
 
 bool webpBegins(const ByteSource& bytes) {

@@ -9,15 +9,12 @@ public:
     explicit Source(PictureKind kind) : kind_(kind) {}
 
     std::size_t count() const override { return 1; }
-    platform::ImageRef imageAtIndex(std::size_t index) override {
+    std::uint32_t width() const override { return 1; }
+    std::uint32_t height() const override { return 1; }
+    platform::ImageRef imageAtIndex(std::size_t index, std::uint32_t, std::uint32_t) override {
         if (index > 0) return nullptr;
         return std::make_shared<platform::Image>(
             platform::Image{1, 1, std::vector<std::uint8_t>(4)});
-    }
-    std::uint32_t width() const override { return 1; }
-    std::uint32_t height() const override { return 1; }
-    platform::ImageRef imageFitting(std::uint32_t, std::uint32_t) override {
-        return imageAtIndex(0);
     }
     std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) override {
         if (index > 0 || kind_ != PictureKind::gif) return std::nullopt;

@@ -36,14 +36,13 @@ public:
     /// orientation applied. Nothing is decoded for it.
     virtual std::uint32_t width() const = 0;
     virtual std::uint32_t height() const = 0;
-    /// The first image as it is shown, scaled down to at most so many pixels each way (its own size
-    /// where that is smaller; 0 counts as 1); null when it can't be decoded. A picture of which the
-    /// end is missing comes as far as it goes. Memory grows with what comes back, not with the
-    /// file's picture.
-    virtual ImageRef imageFitting(std::uint32_t width, std::uint32_t height) = 0;
-    /// The whole canvas as it stands at this frame; null when the frame can't be decoded. The
-    /// pixels are the caller's; going forward is cheap, going back starts again.
-    virtual ImageRef imageAtIndex(std::size_t index) = 0;
+    /// The whole canvas as it stands at this frame, scaled down to at most so many pixels each way
+    /// (its own size where that is smaller; 0 counts as 1). A first image of which the end is
+    /// missing comes as far as it goes; a later frame that can't be decoded shows what stood before
+    /// it. Null when there is no such frame, or no picture at all. Going forward is cheap, going
+    /// back starts again. The first image takes memory for what comes back, not for the file's
+    /// picture; from the second on, one canvas is kept.
+    virtual ImageRef imageAtIndex(std::size_t index, std::uint32_t width, std::uint32_t height) = 0;
     /// Nothing when the frame has no GIF properties (a still picture, a frame that is missing).
     virtual std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) = 0;
 };

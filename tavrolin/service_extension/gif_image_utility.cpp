@@ -10,7 +10,6 @@
 
 namespace tavrolin {
 
-using platform::ImageRef;
 using platform::ImageSource;
 
 namespace {
@@ -44,44 +43,37 @@ std::optional<AnimatedImage> CVNGifImageUtility::animatedImageWithAnimatedGIFURL
 }
 
 std::optional<AnimatedImage> CVNGifImageUtility::animatedImageWithAnimatedGIFImageSource(
-    ImageSource& source) {
-    std::vector<ImageRef> images;
+    std::shared_ptr<ImageSource> source) {
+    if (!source) return std::nullopt;
     std::vector<std::int32_t> delays;
-    std::uint64_t pixels = 0;
     std::int32_t total = 0;
-    for (std::size_t i = 0; i < source.count(); ++i) {
-        ImageRef image = source.imageAtIndex(i);
-        if (!image) continue;
-        pixels += std::uint64_t{image->width} * image->height;
-        const std::int32_t delay = delayOf(source.gifTimingAtIndex(i));
-        if (!images.empty() && (pixels > kMaximumPixels || delay > kLargest - total)) break;
+    for (std::size_t i = 0; i < source->count(); ++i) {
+        const std::int32_t delay = delayOf(source->gifTimingAtIndex(i));
+        if (delay > kLargest - total) break;
         total += delay;
-        images.push_back(std::move(image));
         delays.push_back(delay);
     }
-    if (images.empty()) return std::nullopt;
-    return AnimatedImage{frameArray(images, delays, total), total / 100.0};
+    if (delays.empty()) return std::nullopt;
+    return AnimatedImage{std::move(source), frameArray(delays, total), total / 100.0};
 }
 
 std::optional<AnimatedImage> CVNGifImageUtility::animatedImageWithAnimatedGIFReleasingImageSource(
     std::unique_ptr<ImageSource> source) {
-    if (!source) return std::nullopt;
-    return animatedImageWithAnimatedGIFImageSource(*source);
+    return animatedImageWithAnimatedGIFImageSource(std::move(source));
 }
 
-std::vector<ImageRef> CVNGifImageUtility::frameArray(const std::vector<ImageRef>& images,
-                                                     const std::vector<std::int32_t>& delays,
-                                                     std::int32_t total) {
-    std::vector<ImageRef> frames;
+std::vector<std::uint32_t> CVNGifImageUtility::frameArray(const std::vector<std::int32_t>& delays,
+                                                          std::int32_t total) {
+    std::vector<std::uint32_t> frames;
     if (delays.empty()) return frames;
     std::int32_t step = std::accumulate(delays.begin(), delays.end(), delays.front(),
                                         std::gcd<std::int32_t, std::int32_t>);
     const auto most = static_cast<std::int32_t>(kMaximumEntries);
     if (total / step > most) step = total / most + 1;
-    frames.reserve(static_cast<std::size_t>(total / step) + images.size());
-    for (std::size_t i = 0; i < images.size(); ++i) {
+    frames.reserve(static_cast<std::size_t>(total / step) + delays.size());
+    for (std::size_t i = 0; i < delays.size(); ++i) {
         frames.insert(frames.end(), static_cast<std::size_t>(std::max(delays[i] / step, 1)),
-                      images[i]);
+                      static_cast<std::uint32_t>(i));
     }
     return frames;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 #include "tavrolin/platform/platform.h"
@@ -21,26 +22,28 @@ std::uint32_t pixelCount(double length) {
         std::clamp(std::ceil(std::isnan(length) ? 1 : length), 1.0, kMostPixels));
 }
 
-// Pixels of one size, from one source.
+// The pixels of one frame at one size, from one source.
 class Decoded {
 public:
-    ImageRef fitting(ImageSource& source, Size shown) {
+    ImageRef fitting(ImageSource& source, std::uint32_t frame, Size shown) {
         // Beyond the picture's own size there is nothing more to come.
-        const std::uint32_t width = std::min(pixelCount(shown.width), source.width());
-        const std::uint32_t height = std::min(pixelCount(shown.height), source.height());
-        if (isKnown_ && width == width_ && height == height_) return pixels_;
-        isKnown_ = true;
-        width_ = width;
-        height_ = height;
+        const Asked asked = {frame, std::min(pixelCount(shown.width), source.width()),
+                             std::min(pixelCount(shown.height), source.height())};
+        if (asked_ == asked) return pixels_;
+        asked_ = asked;
         pixels_ = nullptr;  // before the next ones need room
-        pixels_ = source.imageFitting(width, height);
+        pixels_ = source.imageAtIndex(asked.frame, asked.width, asked.height);
         return pixels_;
     }
 
 private:
-    bool isKnown_ = false;
-    std::uint32_t width_ = 0;
-    std::uint32_t height_ = 0;
+    struct Asked {
+        std::uint32_t frame = 0;
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        bool operator==(const Asked&) const = default;
+    };
+    std::optional<Asked> asked_;
     ImageRef pixels_;
 };
 
@@ -50,16 +53,34 @@ Size sizeInPoints(const ImageSource& source, double scale) {
 
 class SourceImage final : public Image {
 public:
-    SourceImage(std::unique_ptr<ImageSource> source, std::string_view name, double scale)
-        : Image(name), source_(std::move(source)), scale_(scale) {}
+    struct Frames {
+        std::vector<std::uint32_t> indices;
+        double duration = 0;
+    };
+
+    SourceImage(std::shared_ptr<ImageSource> source, Frames frames, std::string_view name,
+                double scale)
+        : Image(name), source_(std::move(source)), frames_(std::move(frames)), scale_(scale) {}
 
     Size size() const override { return sizeInPoints(*source_, scale_); }
-    ImageRef pixels(Size shownPixels, double) override {
-        return decoded_.fitting(*source_, shownPixels);
+    bool isAnimated() const override { return frames_.indices.size() > 1 && frames_.duration > 0; }
+    ImageRef pixels(Size shownPixels, double elapsed) override {
+        return decoded_.fitting(*source_, frameAt(elapsed), shownPixels);
     }
 
 private:
-    std::unique_ptr<ImageSource> source_;
+    std::uint32_t frameAt(double elapsed) const {
+        const auto& [indices, duration] = frames_;
+        if (!(duration > 0) || !(elapsed > 0) || !std::isfinite(duration)) return indices.front();
+        const auto count = static_cast<double>(indices.size());
+        // A moment that falls on the edge of a frame belongs to the later one.
+        const double part = std::fmod(elapsed, duration) / duration;
+        const double position = std::clamp(std::floor(part * count + 1e-6), 0.0, count);
+        return indices[static_cast<std::size_t>(position) % indices.size()];
+    }
+
+    std::shared_ptr<ImageSource> source_;
+    Frames frames_;
     double scale_;
     Decoded decoded_;
 };
@@ -87,7 +108,7 @@ public:
             ImageSource* source = opened(files_[i]);
             if (source == nullptr) continue;
             if (std::exchange(from_, i) != i) decoded_ = Decoded();
-            return decoded_.fitting(*source, shownPixels);
+            return decoded_.fitting(*source, 0, shownPixels);
         }
         return nullptr;
     }
@@ -106,39 +127,13 @@ private:
     Decoded decoded_;
 };
 
-class AnimatedImage final : public Image {
-public:
-    AnimatedImage(std::vector<ImageRef> frames, double duration, std::string_view name)
-        : Image(name), frames_(std::move(frames)), duration_(duration) {}
-
-    Size size() const override {
-        const ImageRef& first = frames_.front();
-        return {static_cast<double>(std::max(1U, first->width)),
-                static_cast<double>(std::max(1U, first->height))};
-    }
-    bool isAnimated() const override { return frames_.size() > 1 && duration_ > 0; }
-    ImageRef pixels(Size, double elapsed) override {
-        if (!(duration_ > 0) || !(elapsed > 0) || !std::isfinite(duration_)) {
-            return frames_.front();
-        }
-        const auto count = static_cast<double>(frames_.size());
-        // A moment that falls on the edge of a frame belongs to the later one.
-        const double part = std::fmod(elapsed, duration_) / duration_;
-        const double index = std::clamp(std::floor(part * count + 1e-6), 0.0, count);
-        return frames_[static_cast<std::size_t>(index) % frames_.size()];
-    }
-
-private:
-    std::vector<ImageRef> frames_;
-    double duration_;
-};
-
 }  // namespace
 
 std::shared_ptr<Image> Image::withSource(std::unique_ptr<ImageSource> source, std::string_view name,
                                          double scale) {
     if (source == nullptr) return nullptr;
-    return std::make_shared<SourceImage>(std::move(source), name, scale > 0 ? scale : 1);
+    return std::make_shared<SourceImage>(std::move(source), SourceImage::Frames{{0}, 0}, name,
+                                         scale > 0 ? scale : 1);
 }
 
 std::shared_ptr<Image> Image::named(std::string_view name, const platform::Bundle& bundle,
@@ -161,11 +156,12 @@ std::shared_ptr<Image> Image::named(std::string_view name, const platform::Bundl
     return std::make_shared<AssetImage>(std::move(files), name, size);
 }
 
-std::shared_ptr<Image> Image::animated(std::vector<ImageRef> frames, double duration,
+std::shared_ptr<Image> Image::animated(std::shared_ptr<ImageSource> source,
+                                       std::vector<std::uint32_t> frames, double duration,
                                        std::string_view name) {
-    std::erase(frames, nullptr);
-    if (frames.empty()) return nullptr;
-    return std::make_shared<AnimatedImage>(std::move(frames), duration, name);
+    if (source == nullptr || frames.empty()) return nullptr;
+    return std::make_shared<SourceImage>(std::move(source),
+                                         SourceImage::Frames{std::move(frames), duration}, name, 1);
 }
 
 }  // namespace tavrolin::ui

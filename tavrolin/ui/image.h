@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -11,8 +12,8 @@
 
 namespace tavrolin::ui {
 
-/// A picture to show: a still one, which is decoded when it is drawn and at the size that is shown,
-/// or frames one after the other. One thread at a time.
+/// A picture to show, a still one or frames one after the other. What is shown is decoded when it
+/// is drawn, at its size, and kept until something else is. One thread at a time.
 class Image {
 public:
     /// Null when there is no source or the file is no picture. `name` is what the tree prints.
@@ -23,9 +24,11 @@ public:
     /// that is enough for what is shown. Null when there is none.
     static std::shared_ptr<Image> named(std::string_view name, const platform::Bundle& bundle,
                                         double displayScale);
-    /// Each frame is shown for the same share of `duration` seconds, again and again; the first for
-    /// ever where the duration is not above 0. Null without frames.
-    static std::shared_ptr<Image> animated(std::vector<platform::ImageRef> frames, double duration,
+    /// Of the source's frames those with these indices, in this order, each for the same share of
+    /// `duration` seconds, again and again; the first for ever where the duration is not above 0.
+    /// Null without a source or frames.
+    static std::shared_ptr<Image> animated(std::shared_ptr<platform::ImageSource> source,
+                                           std::vector<std::uint32_t> frames, double duration,
                                            std::string_view name);
     virtual ~Image() = default;
 
@@ -33,7 +36,7 @@ public:
     virtual platform::Size size() const = 0;  // in points; never 0
     virtual bool isAnimated() const { return false; }
     /// The pixels to draw on so many, `elapsed` seconds after it came on screen; null when they
-    /// can't be decoded. Kept until another size is asked for.
+    /// can't be decoded.
     virtual platform::ImageRef pixels(platform::Size shownPixels, double elapsed) = 0;
 
 protected:

@@ -24,11 +24,16 @@ std::unique_ptr<ImageSource> opened(const std::string& file) {
         {reinterpret_cast<const std::uint8_t*>(file.data()), file.size()});
 }
 
+// At its own size.
+ImageRef wholeImage(ImageSource& source, std::size_t index = 0) {
+    return source.imageAtIndex(index, UINT32_MAX, UINT32_MAX);
+}
+
 // Each frame in letters; "-" for one that can't be decoded.
 std::vector<std::string> framesOf(ImageSource& source) {
     std::vector<std::string> frames;
     for (std::size_t i = 0; i < source.count(); ++i) {
-        const ImageRef image = source.imageAtIndex(i);
+        const ImageRef image = wholeImage(source, i);
         frames.push_back(image ? test::letters(image->pixels) : "-");
     }
     return frames;
@@ -87,9 +92,9 @@ TEST(GIFFrames, CanBeAskedForInAnyOrder) {
         gif(1, 1, {plainFrame(1, 1, 'r', 1), plainFrame(1, 1, 'g', 1), plainFrame(1, 1, 'b', 1)}));
     std::string seen;
     for (const std::size_t index : {2U, 0U, 1U, 1U, 2U, 0U})
-        seen += test::letters(source->imageAtIndex(index)->pixels);
+        seen += test::letters(wholeImage(*source, index)->pixels);
     EXPECT_EQ(seen, "brggbr");
-    EXPECT_EQ(source->imageAtIndex(3), nullptr);
+    EXPECT_EQ(wholeImage(*source, 3), nullptr);
 }
 
 TEST(GIFTiming, IsWhatTheFileSaysAndWhatPlayersMakeOfIt) {
@@ -136,12 +141,27 @@ TEST(GIFFrames, OfATruncatedFileAreKeptFromTheFirstOn) {
     EXPECT_THAT(rows, testing::EndsWith("...."));
 }
 
+TEST(GIFFrames, ThatAreDamagedShowWhatStoodBeforeThem) {
+    const GIFFrame first = plainFrame(2, 40, 'r', 1);
+    std::string rows;
+    for (int i = 0; i < 20; ++i)
+        rows += "gbwk";
+    const std::size_t start = gif(2, 40, {first}).size() - 1;
+    std::string file = gif(2, 40, {first, {rows, 0, 0, 2, 40, 1, 2}, plainFrame(2, 40, 'b', 1)});
+    file.replace(start + 32, 8, 8, '\xFF');  // in the middle of the second frame's codes
+    const auto source = opened(file);
+    ASSERT_NE(source, nullptr);
+    const std::string red(std::size_t{2} * 40, 'r');
+    EXPECT_EQ(framesOf(*source), (std::vector<std::string>{red, red, red}));
+    EXPECT_EQ(framesOf(*source), (std::vector<std::string>{red, red, red}));
+}
+
 TEST(GIFFrames, EndAtTheLimit) {
     const std::vector<GIFFrame> frames(5000, plainFrame(1, 1, 'r', 1));
     const auto source = opened(gif(1, 1, frames));
     ASSERT_NE(source, nullptr);
     EXPECT_EQ(source->count(), 4096U);
-    EXPECT_NE(source->imageAtIndex(4095), nullptr);
+    EXPECT_NE(wholeImage(*source, 4095), nullptr);
 }
 
 // --- Still pictures -----------------------------------------------------------------------------
@@ -177,8 +197,8 @@ TEST(StillPictures, DecodeToTheirColours) {
         ASSERT_NE(source, nullptr) << still.what;
         EXPECT_EQ(source->count(), 1U);
         EXPECT_FALSE(source->gifTimingAtIndex(0));
-        EXPECT_EQ(source->imageAtIndex(1), nullptr);
-        const ImageRef image = source->imageAtIndex(0);
+        EXPECT_EQ(wholeImage(*source, 1), nullptr);
+        const ImageRef image = wholeImage(*source);
         ASSERT_NE(image, nullptr) << still.what;
         ASSERT_EQ(image->width, 64U);
         ASSERT_EQ(image->height, 48U);
@@ -199,7 +219,7 @@ TEST(StillPictures, CutShortKeepTheirFirstRows) {
     for (const Still& still : stills(200, 200, 40'000)) {
         const auto source = opened(still.file.substr(0, still.file.size() * 9 / 10));
         ASSERT_NE(source, nullptr) << still.what;
-        const ImageRef image = source->imageAtIndex(0);
+        const ImageRef image = wholeImage(*source);
         ASSERT_NE(image, nullptr) << still.what;
         // On the left red is dark, on the right it is bright, whatever the noise.
         const std::uint8_t* row = image->pixels.data() + std::size_t{2} * 200 * 4;
@@ -225,7 +245,7 @@ TEST(FittedPictures, KeepTheirProportionsAndColours) {
         EXPECT_EQ(source->width(), 64U) << still.what;
         EXPECT_EQ(source->height(), 48U) << still.what;
         for (const Case& c : cases) {
-            const ImageRef image = source->imageFitting(c.width, c.height);
+            const ImageRef image = source->imageAtIndex(0, c.width, c.height);
             ASSERT_NE(image, nullptr) << still.what;
             ASSERT_EQ(image->width, c.itsWidth) << still.what << ' ' << c.width;
             ASSERT_EQ(image->height, c.itsHeight) << still.what << ' ' << c.width;
@@ -243,22 +263,38 @@ TEST(FittedPictures, KeepTheirProportionsAndColours) {
             }
         }
     }
-    const auto animation = opened(gif(4, 2, {plainFrame(4, 2, 'r', 1), plainFrame(4, 2, 'g', 1)}));
-    EXPECT_EQ(animation->width(), 4U);
-    EXPECT_EQ(test::letters(animation->imageFitting(2, 2)->pixels), "rr");
+}
+
+// The first frame comes row by row, the others from the canvas.
+TEST(FittedPictures, AreTheSameFrameWhicheverWayItCame) {
+    const std::string rows = "wwrrwwrrggbbggbbkkwwkkww....rr..";  // four pixels wide
+    for (const bool isInterlaced : {false, true}) {
+        GIFFrame frame = {rows, 2, 4, 4, 8, 1, 1, isInterlaced};
+        const auto still = opened(gif(8, 14, {frame}));
+        const auto second = opened(gif(8, 14, {{".", 0, 0, 1, 1, 1}, frame}));
+        for (const std::uint32_t width : {1U, 3U, 4U, 7U, 8U}) {
+            const ImageRef streamed = still->imageAtIndex(0, width, 100);
+            const ImageRef composed = second->imageAtIndex(1, width, 100);
+            ASSERT_EQ(streamed->width, width);
+            ASSERT_EQ(streamed->pixels.size(), composed->pixels.size());
+            for (std::size_t i = 0; i < streamed->pixels.size(); ++i)
+                ASSERT_NEAR(streamed->pixels[i], composed->pixels[i], 1) << width << ' ' << i;
+        }
+        EXPECT_EQ(test::letters(second->imageAtIndex(1, 4, 7)->pixels).substr(8, 8), ".wr..gb.");
+    }
 }
 
 // What is transparent has no share in the colour.
 TEST(FittedPictures, AverageWhatIsSeen) {
     const auto source = opened(gif(2, 2, {{"r.r.", 0, 0, 2, 2, 1}}));
-    const ImageRef image = source->imageFitting(1, 1);
+    const ImageRef image = source->imageAtIndex(0, 1, 1);
     EXPECT_EQ(image->pixels, (std::vector<std::uint8_t>{255, 0, 0, 128}));
 }
 
 TEST(FittedPictures, CutShortComeAsFarAsTheyGo) {
     for (const Still& still : stills(200, 200, 40'000)) {
         const ImageRef image =
-            opened(still.file.substr(0, still.file.size() * 9 / 10))->imageFitting(50, 50);
+            opened(still.file.substr(0, still.file.size() * 9 / 10))->imageAtIndex(0, 50, 50);
         ASSERT_NE(image, nullptr) << still.what;
         ASSERT_EQ(image->height, 50U);
         const std::uint8_t* row = image->pixels.data() + std::size_t{2} * 50 * 4;
@@ -279,7 +315,7 @@ TEST(FittedPictures, AreTurnedAsTheCameraWasHeld) {
         const bool isTurned = number >= 5 && number <= 8;
         EXPECT_EQ(source->width(), isTurned ? 32U : 64U) << number;
         EXPECT_EQ(source->height(), isTurned ? 64U : 32U) << number;
-        const ImageRef image = source->imageFitting(isTurned ? 8 : 16, 100);
+        const ImageRef image = source->imageAtIndex(0, isTurned ? 8 : 16, 100);
         ASSERT_EQ(image->width, isTurned ? 8U : 16U) << number;
         ASSERT_EQ(image->height, isTurned ? 16U : 8U) << number;
         std::string seen;
@@ -305,8 +341,8 @@ TEST(HostilePictures, OfMorePixelsThanTheirBytesCanHoldAreRefused) {
     png.replace(16, 8, std::string("\0\0\x27\0\0\0\x27\0", 8));  // 9984 by 9984, its sum now wrong
     for (const std::string& file : {canvas, jpeg, png}) {
         const auto source = opened(file);
-        EXPECT_TRUE(source == nullptr || source->imageAtIndex(0) == nullptr);
-        EXPECT_TRUE(source == nullptr || source->imageFitting(10, 10) == nullptr);
+        EXPECT_TRUE(source == nullptr || wholeImage(*source) == nullptr);
+        EXPECT_TRUE(source == nullptr || source->imageAtIndex(0, 10, 10) == nullptr);
     }
 }
 
@@ -325,12 +361,12 @@ TEST(HostilePictures, DamagedAnywhereAreSurvived) {
                 file[i] = value;
                 const auto source = opened(file);
                 for (std::size_t frame = 0; source && frame < source->count(); ++frame) {
-                    const ImageRef image = source->imageAtIndex(frame);
+                    const ImageRef image = wholeImage(*source, frame);
                     ASSERT_TRUE(!image || image->pixels.size() ==
                                               std::size_t{image->width} * image->height * 4)
                         << original.what << ", byte " << i;
                 }
-                const ImageRef fitted = source ? source->imageFitting(7, 5) : nullptr;
+                const ImageRef fitted = source ? source->imageAtIndex(0, 7, 5) : nullptr;
                 ASSERT_TRUE(!fitted || (fitted->width <= 7 && fitted->height <= 5))
                     << original.what << ", byte " << i;
             }

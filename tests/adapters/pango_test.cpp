@@ -251,7 +251,7 @@ TEST(PixelCanvas, WritesTheSameBytesTwice) {
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image->width(), 400U);
         EXPECT_EQ(image->height(), 200U);
-        EXPECT_EQ(image->imageAtIndex(0)->pixels, canvas.image()->pixels);
+        EXPECT_EQ(image->imageAtIndex(0, 400, 200)->pixels, canvas.image()->pixels);
     }
     EXPECT_EQ(files[0], files[1]);
 }

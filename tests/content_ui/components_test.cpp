@@ -39,10 +39,7 @@ public:
             std::size_t count() const override { return 2; }
             std::uint32_t width() const override { return 40; }
             std::uint32_t height() const override { return 20; }
-            platform::ImageRef imageFitting(std::uint32_t, std::uint32_t) override {
-                return imageAtIndex(0);
-            }
-            platform::ImageRef imageAtIndex(std::size_t) override {
+            platform::ImageRef imageAtIndex(std::size_t, std::uint32_t, std::uint32_t) override {
                 return std::make_shared<platform::Image>(
                     platform::Image{40, 20, std::vector<std::uint8_t>(std::size_t{40} * 20 * 4)});
             }

@@ -18,7 +18,7 @@ void decode(const std::uint8_t* bytes, std::size_t size) {
     ImageDecoder decoder;
     const auto source = decoder.sourceWithData({bytes, size});
     for (std::size_t i = 0; source && i < source->count() && i < kFrames; ++i) {
-        const auto image = source->imageAtIndex(i);
+        const auto image = source->imageAtIndex(i, source->width(), source->height());
         if (image && image->pixels.size() != std::size_t{image->width} * image->height * 4)
             std::abort();
         source->gifTimingAtIndex(i);
@@ -26,7 +26,7 @@ void decode(const std::uint8_t* bytes, std::size_t size) {
     if (!source) return;
     constexpr std::uint32_t kWidth = 40;
     constexpr std::uint32_t kHeight = 30;
-    const auto fitted = source->imageFitting(kWidth, kHeight);
+    const auto fitted = source->imageAtIndex(0, kWidth, kHeight);
     if (fitted && (fitted->width > kWidth || fitted->height > kHeight || source->width() == 0 ||
                    fitted->pixels.size() != std::size_t{fitted->width} * fitted->height * 4))
         std::abort();

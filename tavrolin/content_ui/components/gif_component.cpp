@@ -25,10 +25,11 @@ void CVNGifComponent::configureNotification() {
               if (!path) return;
               const auto url = foundation::URL::fileURLWithPath(path.string());
               auto picture = CVNGifImageUtility::animatedImageWithAnimatedGIFURL(url);
-              animatedImageView_->setImage(picture ? ui::Image::animated(std::move(picture->images),
-                                                                         picture->duration,
-                                                                         url.lastPathComponent())
-                                                   : nullptr);
+              animatedImageView_->setImage(
+                  picture
+                      ? ui::Image::animated(std::move(picture->source), std::move(picture->frames),
+                                            picture->duration, url.lastPathComponent())
+                      : nullptr);
           });
 }
 
