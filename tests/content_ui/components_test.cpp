@@ -440,6 +440,10 @@ TEST_F(ComponentsTest, TheIconStandsWhereTheTextBegins) {
     CVNNotificationViewHelper::setNotificationImageIcon(
         CVNBaseComponentView::getImageFromURL(URL::withString("/media/wide.pic")));
     for (const Case& each : cases) {
+        // The layout around it may run the other way, to have a picture on the right.
+        container_->setSemanticContentAttribute(
+            each.mirrored ? ui::SemanticContentAttribute::unspecified
+                          : ui::SemanticContentAttribute::forceRightToLeft);
         const auto component = showTexts(each.section, Value::dictionary({{"ty", 0}}));
         height();
         const ui::View& icon = *outlet(*component, "appIconView");

@@ -85,13 +85,13 @@ void CVNTextAndTimerComponent::showBody(const Value& body) {
     setLabel(*bodyLabel_, html, plain, false);
 }
 
-// The first text that is shown decides for the row.
+// The first text that is shown decides for the row, whichever way the layout around it runs.
 void CVNTextAndTimerComponent::mirror() {
     for (const ui::Label* label : {titleLabel_, subtitleLabel_, bodyLabel_}) {
         if (label->isHidden()) continue;
         rowStackView_->setSemanticContentAttribute(
             runsRightToLeft(*label) ? ui::SemanticContentAttribute::forceRightToLeft
-                                    : ui::SemanticContentAttribute::unspecified);
+                                    : ui::SemanticContentAttribute::forceLeftToRight);
         return;
     }
 }
