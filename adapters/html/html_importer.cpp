@@ -134,6 +134,14 @@ bool isBlockTag(GumboTag tag) {
     }
 }
 
+// As browsers have it, which choose by whether a page is light or dark; here the text's own colour
+// tells that.
+Color linkColor(const std::optional<Color>& text) {
+    const Color ink = text.value_or(Color::black());
+    const double lightness = 0.299 * ink.red + 0.587 * ink.green + 0.114 * ink.blue;
+    return Color::rgba(lightness < 0.5 ? 0x0000EEFF : 0x9E9EFFFF);
+}
+
 // What browsers do with a tag of which no style sheet speaks.
 void applyTagStyle(Style& style, const GumboElement& element) {
     if (isBlockTag(element.tag)) style.display = Display::block;
@@ -163,7 +171,7 @@ void applyTagStyle(Style& style, const GumboElement& element) {
         case GUMBO_TAG_A:
             if (!hasAttribute(element, "href")) break;
             style.underline = true;
-            style.color = Color::rgba(0x0000EEFF);
+            style.color = linkColor(style.color);
             break;
         case GUMBO_TAG_H1:
         case GUMBO_TAG_H2:

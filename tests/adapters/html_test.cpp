@@ -128,6 +128,7 @@ TEST(HTMLStyle, ComesFromTagsAttributesAndSheets) {
         {"<strong><em>x", "bold italic"},
         {"<u>a<s>x", "underline strike"},
         {"<a href='#'>x", "underline 0000EEFF"},
+        {"<p style='color:#fff'><a href='#'>x", "underline 9E9EFFFF"},
         {"<a>x", ""},
         {"<a href='#' style='text-decoration:none;color:inherit'>x", ""},
         {"<u><i style='text-decoration:none'>x", "italic underline"},
