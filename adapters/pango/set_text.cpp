@@ -42,6 +42,10 @@ constexpr double kSubscriptRise = -0.15;
 // How much finer than a point the pictures of emoji are.
 constexpr double kEmojiPictureScale = 4;
 
+// Of the font's size, from the baseline.
+constexpr double kMostAbove = 1.1;
+constexpr double kMostBelow = 0.45;
+
 constexpr std::string_view kEllipsis = "\u2026";
 
 double points(int units) {
@@ -130,6 +134,7 @@ PangoEllipsizeMode ellipsizing(LineBreakMode mode) {
             return PANGO_ELLIPSIZE_START;
         case LineBreakMode::truncatingMiddle:
             return PANGO_ELLIPSIZE_MIDDLE;
+        case LineBreakMode::wordWrapping:
         case LineBreakMode::truncatingTail:
             return PANGO_ELLIPSIZE_END;
         default:
@@ -180,6 +185,34 @@ template <class Visit>
 void forEachRun(PangoLayoutLine* line, Visit visit) {
     for (const GSList* node = line->runs; node != nullptr; node = node->next)
         visit(*static_cast<PangoGlyphItem*>(node->data));
+}
+
+struct Extents {
+    int above = 0;  // the baseline
+    int below = 0;
+    int width = 0;
+};
+
+// The fonts of some scripts have twice their size between their lines, for marks that stand above
+// one another; that room is kept where such marks are.
+Extents extentsOf(PangoLayoutLine* line) {
+    PangoRectangle logical{};
+    pango_layout_line_get_extents(line, nullptr, &logical);
+    Extents extents = {-logical.y, logical.y + logical.height, logical.width};
+    int size = 0;
+    forEachRun(line, [&](const PangoGlyphItem& run) {
+        const DescriptionHandle font(
+            pango_font_describe_with_absolute_size(run.item->analysis.font));
+        size = std::max(size, pango_font_description_get_size(font.get()));
+    });
+    const int above = static_cast<int>(size * kMostAbove);
+    const int below = static_cast<int>(size * kMostBelow);
+    if (size == 0 || (extents.above <= above && extents.below <= below)) return extents;
+    PangoRectangle ink{};
+    pango_layout_line_get_extents(line, &ink, nullptr);
+    extents.above = std::min(extents.above, std::max(above, -ink.y));
+    extents.below = std::min(extents.below, std::max(below, ink.y + ink.height));
+    return extents;
 }
 
 std::size_t endOfParagraph(const std::string& text, std::size_t offset) {
@@ -258,12 +291,10 @@ void SetText::takeLines(PangoLayout* layout, std::size_t most) {
     const GSList* node = pango_layout_get_lines(layout);
     for (; node != nullptr && most > 0; node = node->next, --most) {
         auto* line = static_cast<PangoLayoutLine*>(node->data);
-        PangoRectangle logical{};
-        pango_layout_line_get_extents(line, nullptr, &logical);
-        const double baseline = size_.height + points(-logical.y);
-        lines_.push_back({line, 0, baseline, points(logical.width)});
-        size_.height += points(logical.height);
-        size_.width = std::max(size_.width, points(logical.width));
+        const Extents extents = extentsOf(line);
+        lines_.push_back({line, 0, size_.height + points(extents.above), points(extents.width)});
+        size_.height += points(extents.above + extents.below);
+        size_.width = std::max(size_.width, points(extents.width));
     }
 }
 
@@ -305,7 +336,7 @@ void SetText::setLastLine(Fonts& fonts, const PreparedText& text, PangoLayoutLin
     const auto begin = static_cast<std::size_t>(line->start_index);
     const std::size_t end = endOfParagraph(text.string, begin);
     PreparedText rest;
-    if (frame_.lineBreakMode == LineBreakMode::truncatingTail) {
+    if (ellipsizing(frame_.lineBreakMode) == PANGO_ELLIPSIZE_END) {
         rest = text.substring(begin, end);
         const bool isLastOfParagraph =
             static_cast<std::size_t>(line->start_index) + static_cast<std::size_t>(line->length) >=

@@ -16,8 +16,8 @@ inline constexpr double kUnlimitedWidth = std::numeric_limits<double>::max();
 struct TextFrame {
     double width = kUnlimitedWidth;  // in points; a negative one counts as 0
     int lineLimit = 0;               // 0: any number
-    /// What becomes of a text that does not fit: the modes that truncate put an ellipsis into the
-    /// last line, clipping cuts it off; both need a limit of lines.
+    /// What becomes of a text that does not fit a limit of lines: the modes that wrap words or
+    /// truncate put an ellipsis into the last line, the others cut it off.
     LineBreakMode lineBreakMode = LineBreakMode::wordWrapping;
     TextAlignment alignment = TextAlignment::natural;
 };

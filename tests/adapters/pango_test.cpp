@@ -158,6 +158,33 @@ TEST(Typesetter, BreaksAndTruncates) {
                     "b"));
 }
 
+// Where the last of two lines runs to the frame's edge, what is left of the text has its ellipsis.
+TEST(Typesetter, EndsWrappedWordsThatDontFitInAnEllipsis) {
+    Typesetter typesetter;
+    const auto lastLine = [&](std::string_view string, LineBreakMode mode) {
+        PixelCanvas canvas(200, 40, 1);
+        canvas.drawText(*typesetter.layout(text(string), {200, 2, mode}), {0, 0}, Color::black());
+        return inkedColumns(canvas.image(), 18, 40).second;
+    };
+    const int cut = lastLine(kEnglish, LineBreakMode::charWrapping);
+    EXPECT_EQ(lastLine("The quick brown fox jumps over the lazy dog", LineBreakMode::wordWrapping),
+              lastLine("The quick brown fox jumps over the lazy dog", LineBreakMode::clipping));
+    EXPECT_EQ(lastLine(kEnglish, LineBreakMode::wordWrapping),
+              lastLine(kEnglish, LineBreakMode::truncatingTail));
+    EXPECT_NE(lastLine(kEnglish, LineBreakMode::wordWrapping), cut);
+}
+
+// The fonts reserve twice their size for what few words have.
+TEST(Typesetter, SetsArabicLinesAsCloseAsTheirMarksAllow) {
+    Typesetter typesetter;
+    const auto height = [&](std::string_view string) {
+        return typesetter.layout(text(string), {})->size().height;
+    };
+    EXPECT_NEAR(height("خصم عشرون بالمئة"), 1.55 * kBody.size, 0.1);
+    EXPECT_GT(height("صَلَّى ٱللَّٰهُ عَلَيْهِ وَسَلَّمَۖۚۗ"), 1.55 * kBody.size);
+    EXPECT_GT(height("က္ကြွူ"), 1.55 * kBody.size) << "Burmese";
+}
+
 TEST(Typesetter, BeginsWhereTheParagraphRunsFrom) {
     struct Case {
         std::string text;
