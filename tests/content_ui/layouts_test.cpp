@@ -169,6 +169,27 @@ TEST_F(LayoutsTest, TheOverlaysHeaderIsPaintedOnEachPass) {
     run();
 }
 
+TEST_F(LayoutsTest, TheOverlaysTextsStandOnAVeilWhereThePayloadSaysNothing) {
+    struct Case {
+        bool hasFile;
+        bool hasSettings;
+        bool veil;
+    };
+    for (const Case& each :
+         {Case{true, false, true}, Case{true, true, false}, Case{false, false, false}}) {
+        Value section = Value::dictionary();
+        Value settings = Value::dictionary();
+        if (each.hasFile) section.set("mediaURLPath", "/nothing.png");
+        if (each.hasSettings) settings.set("lui", Value::dictionary());
+        show(section, settings);
+        const auto layout = load("CVNLayout23");
+        layout->layoutSubviews();
+        EXPECT_EQ(outlet(*layout, "veil")->isHidden(), !each.veil);
+        EXPECT_EQ(outlet(*layout, "headerComponentContainer")->backgroundColor().has_value(),
+                  each.hasSettings);
+    }
+}
+
 TEST_F(LayoutsTest, TheOverlaysHeaderStaysAtTheTopOnlyWithoutAPicture) {
     for (const bool hasFile : {true, false}) {
         showWith(hasFile ? "file" : "");

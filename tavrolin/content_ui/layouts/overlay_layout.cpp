@@ -20,6 +20,7 @@ constexpr std::string_view kMessage = "Could not load layout22 due to exception 
 
 void CVNLayout23::connect(ui::Connections& connections) {
     MediaLayoutView::connect(connections);
+    connections.view("veil", veil_);
     connections.constraint("headerComponentTopConstraint", headerComponentTopConstraint_);
 }
 
@@ -27,6 +28,7 @@ void CVNLayout23::configureNotification() {
     compose("-[CVNLayout23 configureNotification]", kMessage, [this] {
         loadHeaderComponent();
         headerComponentTopConstraint_->setActive(!hasMediaFile());
+        veil_->setHidden(!hasMediaFile() || cvnUi().cvnLui);
         if (hasMediaFile()) loadMediaComponent();
         if (hasRating()) loadRatingComponent();
         if (hasActionButtons() || hasReplyButton()) loadActionButtonComponent();

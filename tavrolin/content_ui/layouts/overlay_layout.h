@@ -5,8 +5,9 @@
 
 namespace tavrolin {
 
-/// A picture with the texts on it. Outlet: headerComponentTopConstraint, which keeps the header at
-/// the top where there is no picture.
+/// A picture with the texts on it. Outlets: headerComponentTopConstraint, which keeps the header at
+/// the top where there is no picture, and the veil that lies between the two where the payload has
+/// no settings of the layout.
 class CVNLayout23 : public MediaLayoutView {
 public:
     std::string_view className() const override { return "CVNLayout23"; }
@@ -19,6 +20,7 @@ private:
     void paintHeader();
     void paintHeaderGradient();
 
+    ui::View* veil_ = nullptr;
     ui::LayoutConstraint* headerComponentTopConstraint_ = nullptr;
 };
 
