@@ -43,7 +43,7 @@ struct DynamicColor {
 namespace palette {
 inline constexpr DynamicColor label{platform::Color::rgba(0x000000FF),
                                     platform::Color::rgba(0xFFFFFFFF)};
-inline constexpr DynamicColor secondaryLabel{platform::Color::rgba(0x3C3C43B8),
+inline constexpr DynamicColor secondaryLabel{platform::Color::rgba(0x3C3C43C0),
                                              platform::Color::rgba(0xEBEBF5B0)};
 inline constexpr DynamicColor separator{platform::Color::rgba(0x3C3C434A),
                                         platform::Color::rgba(0x54545899)};
