@@ -3,6 +3,8 @@
 #include <cairo.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <utility>
 
 namespace tavrolin::adapters::pango {
@@ -16,16 +18,38 @@ namespace {
 constexpr std::size_t kMaximumBytes = 12'000'000;
 constexpr std::uint32_t kMaximumSide = 32'767;  // Cairo's own
 
+// Red, green, blue, alpha, as a word in the machine's order.
+std::uint32_t wordAt(const std::uint8_t* pixel) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, pixel, sizeof word);
+    return word;
+}
+
+constexpr bool kIsLittleEndian = std::endian::native == std::endian::little;
+constexpr std::uint32_t kAlpha = kIsLittleEndian ? 0xFF000000U : 0xFFU;
+
 bool isOpaque(const Image& image) {
-    for (std::size_t i = 3; i < image.pixels.size(); i += 4) {
-        if (image.pixels[i] != 255) return false;
-    }
-    return true;
+    std::uint32_t common = kAlpha;
+    for (std::size_t i = 0; i + 4 <= image.pixels.size(); i += 4)
+        common &= wordAt(&image.pixels[i]);
+    return common == kAlpha;
+}
+
+// Without branches, so that several are done at once.
+std::uint32_t opaquePixel(std::uint32_t word) {
+    if constexpr (!kIsLittleEndian) return word >> 8U | 0xFF000000U;
+    return (word & 0xFF00FF00U) | (word >> 16U & 0xFFU) | (word & 0xFFU) << 16U;
 }
 
 std::uint32_t premultiplied(std::uint32_t channel, std::uint32_t alpha) {
     const std::uint32_t product = channel * alpha + 128;
     return (product + (product >> 8U)) >> 8U;  // divided by 255, rounded
+}
+
+std::uint32_t premultipliedPixel(const std::uint8_t* from) {
+    const std::uint32_t alpha = from[3];
+    return alpha << 24U | premultiplied(from[0], alpha) << 16U |
+           premultiplied(from[1], alpha) << 8U | premultiplied(from[2], alpha);
 }
 
 SurfaceHandle converted(const Image& image) {
@@ -38,16 +62,14 @@ SurfaceHandle converted(const Image& image) {
     const std::uint8_t* from = image.pixels.data();
     for (std::uint32_t y = 0; y < image.height; ++y) {
         auto* to = reinterpret_cast<std::uint32_t*>(row);
-        for (std::uint32_t x = 0; x < image.width; ++x, from += 4) {
-            const std::uint32_t alpha = from[3];
-            if (alpha == 255) {
-                to[x] = 0xFF000000U | static_cast<std::uint32_t>(from[0]) << 16U |
-                        static_cast<std::uint32_t>(from[1]) << 8U | from[2];
-            } else {
-                to[x] = alpha << 24U | premultiplied(from[0], alpha) << 16U |
-                        premultiplied(from[1], alpha) << 8U | premultiplied(from[2], alpha);
-            }
+        if (opaque) {
+            for (std::uint32_t x = 0; x < image.width; ++x)
+                to[x] = opaquePixel(wordAt(from + std::size_t{x} * 4));
+        } else {
+            for (std::uint32_t x = 0; x < image.width; ++x)
+                to[x] = premultipliedPixel(from + std::size_t{x} * 4);
         }
+        from += std::size_t{image.width} * 4;
         row += cairo_image_surface_get_stride(surface.get());
     }
     cairo_surface_mark_dirty(surface.get());

@@ -17,7 +17,7 @@ struct Pixels {
         return reinterpret_cast<const std::uint32_t*>(data + y * stride);
     }
     bool isOpaque() const;
-    /// One row, not premultiplied, as 3 or 4 bytes a pixel.
+    /// One row, not premultiplied, as 4 bytes a pixel; as 3 where all are opaque.
     void unpack(std::uint32_t y, bool withAlpha, std::uint8_t* to) const;
 };
 
