@@ -13,7 +13,8 @@ namespace tavrolin::adapters::images {
 /// A photo is turned as its camera says. Made to fit, a JPEG is decoded in eighths of its size, and
 /// all others row by row, so that none takes the memory of the whole picture; but a lossless WebP
 /// does, an interlaced PNG of which more than a quarter is shown, and a GIF from its second frame
-/// on.
+/// on. What a large progressive JPEG needs besides goes into a file in the folder for temporary
+/// files (TMPDIR); where none can be made, into memory.
 ///
 /// A file that was cut short keeps what is there: a GIF its whole frames, a still picture and a
 /// GIF's first frame the rows that came. From a damaged frame of a GIF on, the one before it stays.

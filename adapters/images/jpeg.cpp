@@ -7,6 +7,7 @@
 // Does not include what it needs itself.
 #include <jpeglib.h>
 
+#include "adapters/images/coefficient_arrays.h"
 #include "adapters/images/formats.h"
 #include "adapters/images/orientation.h"
 
@@ -69,6 +70,7 @@ public:
         errors_.output_message = [](j_common_ptr) {};
         info_.client_data = this;
         created_ = attempt([this] { jpeg_create_decompress(&info_); });
+        if (created_) takeOverArrays();
         source_.init_source = [](j_decompress_ptr) {};
         source_.term_source = [](j_decompress_ptr) {};
         source_.fill_input_buffer = fill;
@@ -141,6 +143,28 @@ private:
         return true;
     }
 
+    // In the place of the library's own, which would keep all of them in memory.
+    void takeOverArrays() {
+        info_.mem->request_virt_barray = [](j_common_ptr info, int, boolean, JDIMENSION width,
+                                            JDIMENSION height, JDIMENSION mostRows) {
+            CoefficientArray* array = of(info).arrays_.add(width, height, mostRows);
+            if (array == nullptr) info->err->error_exit(info);
+            return reinterpret_cast<jvirt_barray_ptr>(array);
+        };
+        makeSampleArrays_ = info_.mem->realize_virt_arrays;
+        info_.mem->realize_virt_arrays = [](j_common_ptr info) {
+            of(info).makeSampleArrays_(info);
+            if (!of(info).arrays_.make()) info->err->error_exit(info);
+        };
+        info_.mem->access_virt_barray = [](j_common_ptr info, jvirt_barray_ptr array,
+                                           JDIMENSION first, JDIMENSION count, boolean willWrite) {
+            JBLOCKARRAY rows =
+                reinterpret_cast<CoefficientArray*>(array)->rows(first, count, willWrite != FALSE);
+            if (rows == nullptr) info->err->error_exit(info);
+            return rows;
+        };
+    }
+
     static boolean fill(j_decompress_ptr info) {
         static constexpr std::array<JOCTET, 2> kEnd = {0xFF, JPEG_EOI};
         Decompression& self = of(info);
@@ -177,6 +201,8 @@ private:
     }
 
     ByteStream stream_;
+    CoefficientArrays arrays_;
+    void (*makeSampleArrays_)(j_common_ptr) = nullptr;
     jpeg_decompress_struct info_{};
     jpeg_error_mgr errors_{};
     jpeg_source_mgr source_{};

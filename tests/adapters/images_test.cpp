@@ -1,8 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -328,6 +331,39 @@ TEST(FittedPictures, AreTurnedAsTheCameraWasHeld) {
         }
         EXPECT_EQ(seen, number >= 1 && number <= 8 ? expected[number - 1] : "krgy") << number;
     }
+}
+
+// --- Progressive photos whose coefficients are many ---------------------------------------------
+
+class LargeProgressivePhoto : public testing::Test {
+protected:
+    ~LargeProgressivePhoto() override { ::unsetenv("TMPDIR"); }
+
+    static ImageRef decoded() {
+        // The colours' rows of blocks don't go into the picture evenly.
+        static const std::string file = test::jpeg(2011, 1501, {0, true});
+        return opened(file)->imageAtIndex(0, 500, 500);
+    }
+};
+
+TEST_F(LargeProgressivePhoto, ComeOutTheSameFromAFileAndFromMemory) {
+    const ImageRef fromFile = decoded();
+    ::setenv("TMPDIR", "/nowhere", 1);
+    const ImageRef fromMemory = decoded();
+    ASSERT_NE(fromFile, nullptr);
+    ASSERT_NE(fromMemory, nullptr);
+    EXPECT_EQ(fromFile->pixels, fromMemory->pixels);
+}
+
+TEST_F(LargeProgressivePhoto, AreNotDecodedOnAFullDisk) {
+    ASSERT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit little = {1'000'000, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &little), 0);
+    EXPECT_EQ(decoded(), nullptr);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_NE(decoded(), nullptr);
 }
 
 // --- Hostile files ------------------------------------------------------------------------------
