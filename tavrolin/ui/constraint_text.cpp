@@ -121,13 +121,19 @@ private:
         return value;
     }
 
+    // A sum or a product may be more than a number holds.
+    double finite(double value) const {
+        if (!std::isfinite(value)) fail("numbers within range");
+        return value;
+    }
+
     // A number, an item, or one times the other.
     void term(double sign) {
         double factor = sign;
         if (isDigit(next())) {
             factor *= number();
             if (!accept('*')) {
-                result_.constant += factor;
+                result_.constant = finite(result_.constant + factor);
                 return;
             }
         }
@@ -144,7 +150,7 @@ private:
             }
             factor /= divisor;
         }
-        result_.multiplier = factor;
+        result_.multiplier = finite(factor);
     }
 
     std::string_view text_;

@@ -143,6 +143,8 @@ TEST_F(InterfaceFileTest, SaysWhatIsWrongWhere) {
         {constraint("a.width = self.width + self.height"), "column 24: a number expected"},
         {constraint("a.width = self.width / 0"), "a number other than 0 expected"},
         {constraint("a.width = 1e999"), "a number expected"},
+        {constraint("a.width = 1e308 * self.width / 0.1"), "numbers within range expected"},
+        {constraint("a.width = 1e308 + 1e308"), "numbers within range expected"},
         {constraint("a.width"), "column 8: =, <= or >= expected"},
         {constraint("self.width = superview.width"), "unknown item \"superview\""},
     };
