@@ -1,31 +1,30 @@
 #include "adapters/memory/memory_image_decoder.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace tavrolin::adapters::memory {
 
-namespace {
+platform::ImageRef MemoryImageSource::imageAtIndex(std::size_t index, std::uint32_t width,
+                                                   std::uint32_t height) {
+    requests_.push_back(std::to_string(index) + ": " + std::to_string(width) + "x" +
+                        std::to_string(height));
+    if (index >= frames_.size()) return nullptr;
+    const Frame& frame = frames_[index];
+    const double scale = std::min({1.0, static_cast<double>(width) / frame.width,
+                                   static_cast<double>(height) / frame.height});
+    const auto fitted = [scale](std::uint32_t side) {
+        return std::max(1U, static_cast<std::uint32_t>(std::lround(side * scale)));
+    };
+    platform::Image image{fitted(frame.width), fitted(frame.height), {}};
+    image.pixels.resize(std::size_t{image.width} * image.height * 4);
+    return std::make_shared<platform::Image>(std::move(image));
+}
 
-class Source final : public platform::ImageSource {
-public:
-    explicit Source(PictureKind kind) : kind_(kind) {}
-
-    std::size_t count() const override { return 1; }
-    std::uint32_t width() const override { return 1; }
-    std::uint32_t height() const override { return 1; }
-    platform::ImageRef imageAtIndex(std::size_t index, std::uint32_t, std::uint32_t) override {
-        if (index > 0) return nullptr;
-        return std::make_shared<platform::Image>(
-            platform::Image{1, 1, std::vector<std::uint8_t>(4)});
-    }
-    std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) override {
-        if (index > 0 || kind_ != PictureKind::gif) return std::nullopt;
-        return GIFTiming{0.1, 0.1};
-    }
-
-private:
-    PictureKind kind_;
-};
-
-}  // namespace
+std::optional<platform::ImageSource::GIFTiming> MemoryImageSource::gifTimingAtIndex(
+    std::size_t index) {
+    return index < frames_.size() ? frames_[index].timing : std::nullopt;
+}
 
 PictureKind pictureKindOf(foundation::Value::Bytes bytes) {
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -41,7 +40,16 @@ PictureKind pictureKindOf(foundation::Value::Bytes bytes) {
 std::unique_ptr<platform::ImageSource> MemoryImageDecoder::sourceWithData(
     foundation::Value::Bytes bytes) {
     const PictureKind kind = pictureKindOf(bytes);
-    return kind == PictureKind::none ? nullptr : std::make_unique<Source>(kind);
+    if (kind == PictureKind::none) return nullptr;
+    auto frames = frames_;
+    if (kind == PictureKind::gif) {
+        for (auto& frame : frames)
+            frame.timing = frame.timing.value_or(platform::ImageSource::GIFTiming{0.1, 0.1});
+    } else {
+        frames.resize(1);
+        frames[0].timing = std::nullopt;
+    }
+    return std::make_unique<MemoryImageSource>(std::move(frames));
 }
 
 std::unique_ptr<platform::ImageSource> MemoryImageDecoder::sourceWithFile(std::string_view path) {

@@ -29,45 +29,12 @@ using foundation::Value;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// Gives pictures of 40 by 20 pixels for files that begin with "p" or as a PNG does.
-class WidePictures final : public platform::ImageDecoder {
-public:
-    explicit WidePictures(const platform::Files& files) : files_(files) {}
-
-    std::unique_ptr<platform::ImageSource> sourceWithData(Value::Bytes bytes) override {
-        struct Source final : platform::ImageSource {
-            std::size_t count() const override { return 2; }
-            std::uint32_t width() const override { return 40; }
-            std::uint32_t height() const override { return 20; }
-            platform::ImageRef imageAtIndex(std::size_t, std::uint32_t, std::uint32_t) override {
-                return std::make_shared<platform::Image>(
-                    platform::Image{40, 20, std::vector<std::uint8_t>(std::size_t{40} * 20 * 4)});
-            }
-            std::optional<GIFTiming> gifTimingAtIndex(std::size_t) override {
-                return GIFTiming{0.1, 0.1};
-            }
-        };
-        if (bytes.empty() || (bytes[0] != 'p' && bytes[0] != 0x89)) return nullptr;
-        return std::make_unique<Source>();
-    }
-    std::unique_ptr<platform::ImageSource> sourceWithFile(std::string_view path) override {
-        const auto bytes = files_.contents(path);
-        return bytes ? sourceWithData(*bytes) : nullptr;
-    }
-    bool decodes(std::string_view path) override { return sourceWithFile(path) != nullptr; }
-
-private:
-    const platform::Files& files_;
-};
-
 class ComponentsTest : public ContentUITest {
 protected:
     ComponentsTest() {
-        platform::Platform ports = platform::current();
-        ports.imageDecoder = &pictures_;
-        platform::install(ports);
-        memory_.files.write("/media/wide.pic", "picture");
-        memory_.files.write("/media/with blank.pic", "picture");
+        memory_.imageDecoder.setFrames({{.width = 40, .height = 20}, {.width = 40, .height = 20}});
+        memory_.files.write("/media/wide.pic", "GIF89a");
+        memory_.files.write("/media/with blank.pic", "GIF89a");
         memory_.files.write("/media/broken.pic", "x");
         memory_.logSink.clear();
     }
@@ -106,7 +73,6 @@ protected:
 
     platform::MediaPlayer* player() const { return memory_.mediaPlayers.player(); }
 
-    WidePictures pictures_{memory_.files};
     ui::ViewController controller_;
     ui::Window window_{controller_, kWidth, {}};
 };
