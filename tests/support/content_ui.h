@@ -20,6 +20,7 @@
 #include "tavrolin/ui/tree_text.h"
 #include "tavrolin/ui/window.h"
 #include "tests/support/memory_sdk.h"
+#include "tests/support/outlets.h"
 
 namespace tavrolin::tests {
 
@@ -81,14 +82,6 @@ protected:
         foundation::ClassRegistry<ui::View>::registerClass(name,
                                                            [] { return std::make_shared<T>(); });
         registered_.emplace_back(name);
-    }
-    /// The view with that outlet, hidden or not; null when there is none.
-    static ui::View* outlet(ui::View& root, std::string_view name) {
-        if (root.outlet() == name) return &root;
-        for (const auto& each : root.subviews()) {
-            if (ui::View* const found = outlet(*each, name)) return found;
-        }
-        return nullptr;
     }
     template <class T>
     static T& outletOf(ui::View& root, std::string_view name) {

@@ -83,17 +83,17 @@ TEST_F(InterfaceFileTest, MakesAndConnectsTheTree) {
     EXPECT_EQ(card.mediaHeight->constant(), 30);
     root->setFrame({0, 0, 300, 200});
     root->layoutIfNeeded();
-    EXPECT_EQ(named(*root, "media")->frame().width, 6);
-    EXPECT_EQ(named(*root, "media")->frame().height, 0);
+    EXPECT_EQ(outlet(*root, "media")->frame().width, 6);
+    EXPECT_EQ(outlet(*root, "media")->frame().height, 0);
     card.mediaHeight->setActive(true);
     root->layoutIfNeeded();
-    EXPECT_EQ(named(*root, "media")->frame().height, 30);
+    EXPECT_EQ(outlet(*root, "media")->frame().height, 30);
     card.mediaHeight->setActive(false);
     EXPECT_EQ(card.mediaHeight->constant(), 30);  // kept, for the field refers to it
     EXPECT_EQ(ui::tap(*root, root->subviews()[0]->frame().origin()), nullptr);
-    named(*root, "go")->takeTap({});
+    outlet(*root, "go")->takeTap({});
     EXPECT_EQ(card.calls.back(), "go");
-    EXPECT_EQ(named(*root, "go")->tag(), 7);
+    EXPECT_EQ(outlet(*root, "go")->tag(), 7);
 }
 
 TEST_F(InterfaceFileTest, SaysWhatIsWrongWhere) {

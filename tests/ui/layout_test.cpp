@@ -74,7 +74,7 @@ TEST_F(LayoutTest, ConstraintsPlaceViews) {
             constrain(root, text);
         root.layoutIfNeeded();
         for (const auto& [name, frame] : each.frames)
-            EXPECT_EQ(named(root, name)->frame(), frame) << name;
+            EXPECT_EQ(outlet(root, name)->frame(), frame) << name;
     }
 }
 
@@ -89,11 +89,11 @@ TEST_F(LayoutTest, ChangedConstantsAndActivityAreTakenUp) {
     const auto width = constrain(root, "a.width = 50 @900");
     constrain(root, "a.width <= 100");
     constrain(root, "b.top = a.bottom");
-    const auto& a = *named(root, "a");
+    const auto& a = *outlet(root, "a");
     const auto expect = [&](double w, double h, double top) {
         root.layoutIfNeeded();
         EXPECT_EQ(a.frame(), (Rect{0, 0, w, h}));
-        EXPECT_EQ(named(root, "b")->frame().y, top);
+        EXPECT_EQ(outlet(root, "b")->frame().y, top);
     };
     expect(50, 10, 10);
     for (const double constant : {20.0, 30.0, 0.0, 25.0}) {
@@ -348,8 +348,8 @@ TEST_F(LayoutTest, HostileNumbersAndTextsGiveFiniteFrames) {
                     column->addArrangedSubview(label(text, 0));
                 add("a", root)->setFrame({number, number, number, number});
                 add("b", root);
-                ui::LayoutConstraint::make(*named(root, "b"), ui::LayoutAttribute::width,
-                                           ui::LayoutRelation::equal, named(root, "a"),
+                ui::LayoutConstraint::make(*outlet(root, "b"), ui::LayoutAttribute::width,
+                                           ui::LayoutRelation::equal, outlet(root, "a"),
                                            ui::LayoutAttribute::left, number, number)
                     ->setActive(true);
                 ui::Window window(controller, width, {.displayScale = scale});

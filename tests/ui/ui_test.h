@@ -12,6 +12,7 @@
 #include "tavrolin/ui/label.h"
 #include "tavrolin/ui/stack_view.h"
 #include "tavrolin/ui/window.h"
+#include "tests/support/outlets.h"
 
 namespace tavrolin::ui {
 
@@ -72,7 +73,7 @@ protected:
     std::shared_ptr<ui::LayoutConstraint> constrain(ui::View& root, std::string_view text) {
         const auto parsed = ui::ConstraintText::parse(text);
         const auto find = [&](std::string_view name) {
-            return name == "self" ? &root : name.empty() ? nullptr : named(root, name);
+            return name == "self" ? &root : name.empty() ? nullptr : outlet(root, name);
         };
         auto made = ui::LayoutConstraint::make(*find(parsed.firstItem), parsed.firstAttribute,
                                                parsed.relation, find(parsed.secondItem),
@@ -80,14 +81,6 @@ protected:
                                                parsed.constant, parsed.priority);
         made->setActive(true);
         return made;
-    }
-
-    static ui::View* named(ui::View& view, std::string_view name) {
-        if (view.outlet() == name) return &view;
-        for (const auto& child : view.subviews()) {
-            if (ui::View* found = named(*child, name)) return found;
-        }
-        return nullptr;
     }
 
     adapters::memory::MemoryPlatform& memory = *new adapters::memory::MemoryPlatform;
