@@ -12,6 +12,7 @@
 #include <chrono>
 #include <csignal>
 #include <system_error>
+#include <utility>
 
 #include "device/channel.h"
 #include "device/device_error.h"
@@ -36,35 +37,25 @@ constexpr int kChildDescriptor = 3;
                       std::generic_category().message(error));
 }
 
-// A started process; it is gone, and collected, when this is.
-class Process {
-public:
-    Process(const std::string& executable, const char* kind, int descriptor) {
-        posix_spawn_file_actions_t actions{};
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        // What it prints must not mix with the device's own output.
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions, descriptor, kChildDescriptor);
-        std::string program = executable;
-        std::string word = kind;
-        std::array<char*, 3> arguments = {program.data(), word.data(), nullptr};
-        const int error =
-            posix_spawn(&pid_, executable.c_str(), &actions, nullptr, arguments.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        if (error != 0) fail(error);
-    }
-    ~Process() {
-        kill(pid_, SIGKILL);
-        while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-        }
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-private:
-    pid_t pid_ = -1;
-};
+pid_t spawn(const std::string& executable, const char* kind, int descriptor) {
+    posix_spawn_file_actions_t actions{};
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    // What it prints must not mix with the device's own output.
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, descriptor, kChildDescriptor);
+    std::string program = executable;
+    std::string word = kind;
+    std::array<char*, 3> arguments = {program.data(), word.data(), nullptr};
+    pid_t pid = -1;
+    const int error =
+        posix_spawn(&pid, executable.c_str(), &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    // The child's end must be closed here, or its death would not be heard.
+    close(descriptor);
+    if (error != 0) fail(error);
+    return pid;
+}
 
 class Conversation {
 public:
@@ -124,31 +115,43 @@ private:
 
 }  // namespace
 
-ProcessEnd runProcess(const ProcessStart& start, const char* kind, Value message,
-                      const std::function<void(const Value&)>& take) {
+ChildProcess::ChildProcess(const std::string& executable, const char* kind) {
     std::array<int, 2> sockets{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) fail(errno);
-    Channel channel(sockets[0]);
-    // The child's end must be closed here, or its death would not be heard.
-    std::optional<Process> process;
-    try {
-        process.emplace(start.executable, kind, sockets[1]);
-    } catch (...) {
-        close(sockets[1]);
-        throw;
+    channel_ = std::make_unique<Channel>(sockets[0]);
+    pid_ = spawn(executable, kind, sockets[1]);
+}
+
+ChildProcess::~ChildProcess() {
+    kill();
+    while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
     }
-    close(sockets[1]);
+}
+
+void ChildProcess::kill() {
+    ::kill(pid_, SIGKILL);
+}
+
+ProcessEnd ChildProcess::converse(const ProcessStart& start, Value message,
+                                  const std::function<void(const Value&)>& take) {
     message.set(kMessageDevice, start.folder);
     message.set(kMessageJumping, start.time == TimeMode::jump);
     message.set(kMessageStart, start.start);
     message.set(kMessageLogLevel, start.logLevel);
     message.set(kMessageRun, start.run);
     try {
-        if (!channel.send(message)) return {.isProper = false, .at = start.start};
+        if (!channel_->send(message)) return {.isProper = false, .at = start.start};
     } catch (const foundation::Exception& exception) {
         throw DeviceError("can't hand that over: " + exception.reason());
     }
-    return Conversation(channel, start, take).hold();
+    const ProcessEnd end = Conversation(*channel_, start, take).hold();
+    kill();
+    return end;
+}
+
+ProcessEnd runProcess(const ProcessStart& start, const char* kind, Value message,
+                      const std::function<void(const Value&)>& take) {
+    return ChildProcess(start.executable, kind).converse(start, std::move(message), take);
 }
 
 }  // namespace tavrolin::device

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -32,11 +35,32 @@ struct ProcessEnd {
     std::optional<std::int64_t> peakRSSKiB = std::nullopt;
 };
 
-/// Starts the program as a process of this kind, hands it the message, and listens until its end.
-/// `take` gets whatever it says of its own; raising `foundation::Exception` there means that it
-/// talks nonsense. Its death, its silence (10 seconds without a sign of life), standing still
-/// beyond the patience, and nonsense all end it, and are no proper end. Throws DeviceError
-/// only when no process can be started, or the message is too large for it.
+/// A process of the device that was started and waits for the message that tells it what to do. It
+/// is killed at the end of its conversation, and collected when this goes.
+class ChildProcess {
+public:
+    /// Throws DeviceError when it can't be started.
+    ChildProcess(const std::string& executable, const char* kind);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /// Hands it the message, and listens until its end. `take` gets whatever it says of its own;
+    /// raising `foundation::Exception` there means that it talks nonsense. Its death, its silence
+    /// (10 seconds without a sign of life), standing still beyond the patience, and nonsense all
+    /// end it, and are no proper end. Throws DeviceError only when the message is too large for it.
+    /// Once.
+    ProcessEnd converse(const ProcessStart& start, foundation::Value message,
+                        const std::function<void(const foundation::Value&)>& take);
+
+private:
+    void kill();
+
+    std::unique_ptr<Channel> channel_;
+    pid_t pid_ = -1;
+};
+
+/// Both at once, with the program of `start`.
 ProcessEnd runProcess(const ProcessStart& start, const char* kind, foundation::Value message,
                       const std::function<void(const foundation::Value&)>& take);
 

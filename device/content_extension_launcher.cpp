@@ -63,23 +63,23 @@ Value messageOf(const ExpandOrder& order, const platform::DeliveredNotification&
 
 }  // namespace
 
-Expansion runContentExtension(const ProcessStart& start, const ExpandOrder& order,
+Expansion runContentExtension(ChildProcess& process, const ProcessStart& start,
+                              const ExpandOrder& order,
                               const platform::DeliveredNotification& notification,
                               const std::vector<platform::NotificationAction>& actions) {
     Expansion expansion;
     const ProcessEnd end =
-        runProcess(start, kContentExtensionProcess, messageOf(order, notification, actions),
-                   [&](const Value& message) {
-                       if (message[kMessageRemoved]) expansion.isRemoved = true;
-                       if (const Value& failure = message[kMessageFailure])
-                           expansion.failure = failure.string();
-                       if (const Value& view = message[kMessageExpanded]) {
-                           check(view, order.wantsTree);
-                           checkStory(message[kMessageStory]);
-                           expansion.view = view;
-                           expansion.story = message[kMessageStory];
-                       }
-                   });
+        process.converse(start, messageOf(order, notification, actions), [&](const Value& message) {
+            if (message[kMessageRemoved]) expansion.isRemoved = true;
+            if (const Value& failure = message[kMessageFailure])
+                expansion.failure = failure.string();
+            if (const Value& view = message[kMessageExpanded]) {
+                check(view, order.wantsTree);
+                checkStory(message[kMessageStory]);
+                expansion.view = view;
+                expansion.story = message[kMessageStory];
+            }
+        });
     expansion.isComplete = end.isProper && expansion.view.isDictionary();
     expansion.endedAt = std::max(end.at, start.start);
     return expansion;

@@ -25,11 +25,13 @@ struct Expansion {
     foundation::Date endedAt;
 };
 
-/// Runs the sample app's content extension on a delivered notification, as a process of its own,
-/// and waits for its end. Pictures are written into the files of the order, which are there and
-/// empty. Its death, its silence and whatever it says are taken as a system would take them: there
-/// is always a result. Throws DeviceError only when no process can be started.
-Expansion runContentExtension(const ProcessStart& start, const ExpandOrder& order,
+/// Has the sample app's content extension, a process that was started, expand a delivered
+/// notification, and waits for its end. Pictures are written into the files of the order, which are
+/// there and empty. Its death, its silence and whatever it says are taken as a system would take
+/// them: there is always a result. Throws DeviceError only when the notification is too large for
+/// it.
+Expansion runContentExtension(ChildProcess& process, const ProcessStart& start,
+                              const ExpandOrder& order,
                               const platform::DeliveredNotification& notification,
                               const std::vector<platform::NotificationAction>& actions);
 

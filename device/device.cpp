@@ -104,6 +104,7 @@ bool isEmpty(const std::string& folder) {
 
 Device::Device(DeviceOptions options)
     : options_(std::move(options)), folder_(options_.folder), clock_(folder_), storage_(folder_) {
+    if (options_.expands) startContentExtension();
     folder_.make();
     platform_ = std::make_unique<ProcessPlatform>(folder_, "device",
                                                   adapters::asio::Clock::jumping(clock_.now()));

@@ -26,6 +26,7 @@ struct DeviceOptions {
     int logLevel = 4;
     std::string executable = "/proc/self/exe";  // what is started for the app's processes
     std::string contentExtension = {};          // what draws; empty: the one beside this program
+    bool expands = false;                       // what draws is started while the device is opened
 };
 
 /// The phone in a folder. One object a process, since it installs the library's ports.
@@ -116,6 +117,7 @@ private:
     AppRun runAppAlone(AppOrder order);
     [[noreturn]] static void failWithout(const std::string& identifier);
     platform::DeliveredNotification delivered(const std::string& identifier);
+    void startContentExtension();
     /// The menu of that category.
     std::vector<platform::NotificationAction> actionsFor(const foundation::Value& category);
     /// A run of the app, and what fell due in its time.
@@ -128,6 +130,7 @@ private:
     std::string elementText(const foundation::Value& fields, std::string_view content) const;
 
     DeviceOptions options_;
+    std::optional<ChildProcess> contentExtension_;  // its end takes as long as that of the others
     DeviceFolder folder_;
     DeviceClock clock_;
     AttachmentStorage storage_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "device/content_extension/content_extension_process.h"
 #include "device/content_extension_launcher.h"
 #include "device/content_values.h"
 #include "device/device.h"
@@ -54,16 +55,21 @@ std::vector<platform::NotificationAction> Device::actionsFor(const Value& catego
     return {};
 }
 
-Value Device::expand(ExpandOrder order) {
-    const platform::DeliveredNotification notification = delivered(order.identifier);
-    ProcessStart start = processStart();
-    start.executable =
+void Device::startContentExtension() {
+    const std::string program =
         options_.contentExtension.empty() ? contentExtensionProgram() : options_.contentExtension;
-    if (start.executable.empty()) {
+    if (program.empty()) {
         throw DeviceError(
             "the program tavrolin-content-extension is missing beside this one; "
             "build or install it anew");
     }
+    contentExtension_.emplace(program, kContentExtensionProcess);
+}
+
+Value Device::expand(ExpandOrder order) {
+    const platform::DeliveredNotification notification = delivered(order.identifier);
+    if (!contentExtension_) startContentExtension();
+    ProcessStart start = processStart();
     start.start = clock_.now();
     start.run = randomIdentifier();
     start.patience = patienceFor(order, start.patience);
@@ -73,8 +79,9 @@ Value Device::expand(ExpandOrder order) {
     std::optional<OutputFile> svg;
     if (order.png) order.png = png.emplace(*order.png, order.fileMode, temporary).draft();
     if (order.svg) order.svg = svg.emplace(*order.svg, order.fileMode, temporary).draft();
-    const Expansion expansion = runContentExtension(
-        start, order, notification, actionsFor(notification.request.content.categoryIdentifier));
+    const Expansion expansion =
+        runContentExtension(*contentExtension_, start, order, notification,
+                            actionsFor(notification.request.content.categoryIdentifier));
     clock_.reach(expansion.endedAt);
     // Its view drew from the files until its end.
     if (expansion.isRemoved) storage_.remove(valueOf(notification.request.content));

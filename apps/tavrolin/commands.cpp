@@ -246,7 +246,9 @@ void Commands::addExpand(CLI::App& app) {
 }
 
 int Commands::expand() {
-    Device device(arguments_.options());
+    device::DeviceOptions options = arguments_.options();
+    options.expands = true;
+    Device device(options);
     const Value result = device.expand(arguments_.expandOrder());
     if (arguments_.json) {
         print(result["view"], true, nullptr);

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "device/content_extension/content_extension_process.h"
 #include "device/content_extension_launcher.h"
 #include "tests/support/test_device.h"
 
@@ -298,7 +299,9 @@ TEST(Expand, GoesOnWithoutTheExtension) {
         start.folder = device.folder();
         platform::DeliveredNotification notification;
         notification.request.content.userInfo = Value::dictionary();
-        EXPECT_FALSE(device::runContentExtension(start, {}, notification, {}).isComplete) << script;
+        device::ChildProcess process(start.executable, device::kContentExtensionProcess);
+        EXPECT_FALSE(device::runContentExtension(process, start, {}, notification, {}).isComplete)
+            << script;
     }
 }
 
