@@ -172,7 +172,8 @@ std::shared_ptr<View> iconView(std::shared_ptr<ui::Image> icon, const std::strin
     } else {
         auto letter = label(initial(name), Font::boldSystemFontOfSize(kNameSize), Color::white());
         letter->setTextAlignment(platform::TextAlignment::center);
-        letter->setBackgroundColor(ui::palette::tint);
+        // The darker one in either appearance: the letter is white.
+        letter->setBackgroundColor(ui::palette::tint.light);
         view = letter;
     }
     view->setCornerRadius(kIconRadius);
