@@ -11,8 +11,9 @@ namespace {
 
 constexpr double kTiny = 1e-9;     // a coefficient that is none
 constexpr double kNothing = 1e-6;  // a distance that is none
-// What a hostile tree may cost; far beyond what any screen needs.
-constexpr std::size_t kMostSteps = 30'000'000;
+// What a hostile tree may cost, in terms that are looked at: about a quarter of a second. 150
+// stacks within one another take 68 million.
+constexpr std::uint64_t kMostSteps = 500'000'000;
 
 void dropTiny(std::vector<LayoutSolver::Term>& terms) {
     std::erase_if(terms, [](const auto& term) { return std::abs(term.coefficient) < kTiny; });
@@ -251,8 +252,7 @@ void LayoutSolver::giveUp(bool isRequired) {
 }
 
 // Which row's variable comes down to 0 first as the entering one grows.
-std::uint32_t LayoutSolver::leavingRow(Variable entering, std::uint32_t except,
-                                       double& limit) const {
+std::uint32_t LayoutSolver::leavingRow(Variable entering, std::uint32_t except, double& limit) {
     std::uint32_t found = except;
     for (const std::uint32_t index : columns_[entering].rows) {
         if (index == except || index >= rowCount_) continue;
@@ -324,13 +324,15 @@ void LayoutSolver::fix(Variable variable) {
     column.state = State::fixed;
     for (const std::uint32_t index : column.rows) {
         if (index >= rowCount_) continue;
+        steps_ += rows_[index].terms.size();
         std::erase_if(rows_[index].terms,
                       [&](const Term& term) { return term.variable == variable; });
     }
     column.rows.clear();
 }
 
-double LayoutSolver::coefficientIn(const Row& row, Variable variable) const {
+double LayoutSolver::coefficientIn(const Row& row, Variable variable) {
+    steps_ += row.terms.size();
     for (const Term& term : row.terms) {
         if (term.variable == variable) return term.coefficient;
     }

@@ -78,11 +78,11 @@ private:
     void keepAtZero();
     void giveUp(bool isRequired);
     void remember(Needs needs, double constant, std::span<const Term> terms);
-    std::uint32_t leavingRow(Variable entering, std::uint32_t except, double& limit) const;
+    std::uint32_t leavingRow(Variable entering, std::uint32_t except, double& limit);
     void pivot(std::uint32_t row, Variable entering, bool keepsLeaving);
     void substitute(std::uint32_t row, Variable variable, const Row& by);
     void fix(Variable variable);
-    double coefficientIn(const Row& row, Variable variable) const;
+    double coefficientIn(const Row& row, Variable variable);
     double valueOf(const Row& row) const;
     bool isActive(const Term& term) const {
         return columns_[term.variable].kind != Kind::parameter;
@@ -97,7 +97,7 @@ private:
     std::vector<Condition> conditions_;
     Row goal_;                           // the one at work, over open variables and parameters
     std::vector<std::uint32_t> places_;  // of variables in the row at work, from 1; else 0
-    std::size_t steps_ = 0;
+    std::uint64_t steps_ = 0;            // terms that were looked at
 };
 
 }  // namespace tavrolin::ui

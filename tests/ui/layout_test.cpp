@@ -294,6 +294,24 @@ TEST_F(LayoutTest, PassesFollowEachOtherButEnd) {
 }
 
 // The same as a fresh set-up would give, whatever was changed before.
+// The solver gives up on what would take too long; no real tree is among that.
+TEST_F(LayoutTest, DeepTreesAreLaidOutWhole) {
+    constexpr int kDepth = 100;
+    Controller controller;
+    auto outer = add<ui::StackView>("column", *controller.root);
+    pinEdgesToSuperview(*outer);
+    for (int i = 0; i < kDepth; ++i) {
+        outer->setAxis(i % 2 == 0 ? ui::Axis::vertical : ui::Axis::horizontal);
+        outer->addArrangedSubview(label("text"));
+        auto inner = std::make_shared<ui::StackView>();
+        outer->addArrangedSubview(inner);
+        outer = inner;
+    }
+    outer->addArrangedSubview(label("text"));
+    ui::Window window(controller, 2000, {});
+    EXPECT_EQ(window.size().height, 12 * (kDepth / 2 + 1));
+}
+
 TEST_F(LayoutTest, ChangesLeadToWhatAFreshTreeHas) {
     struct Tree {
         std::shared_ptr<ui::StackView> column = std::make_shared<ui::StackView>();
