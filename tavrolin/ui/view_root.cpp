@@ -11,6 +11,18 @@ namespace {
 // What is laid out again and again, since each pass asks for another one, ends here.
 constexpr int kMostPasses = 6;
 
+// Says that a pass is on its way, to its end, also by an exception.
+class PassMark {
+public:
+    explicit PassMark(bool& isOn) : isOn_(isOn) { isOn_ = true; }
+    ~PassMark() { isOn_ = false; }
+    PassMark(const PassMark&) = delete;
+    PassMark& operator=(const PassMark&) = delete;
+
+private:
+    bool& isOn_;
+};
+
 double alphaWithin(double alpha) {
     return std::isnan(alpha) ? 0 : std::clamp(alpha, 0.0, 1.0);
 }
@@ -69,14 +81,13 @@ void View::layoutIfNeeded() {
         return;
     }
     const auto kept = view.weak_from_this().lock();
-    tree.isLayingOut = true;
+    const PassMark mark(tree.isLayingOut);
     for (int pass = 0; pass < kMostPasses && tree.needsLayout; ++pass) {
         layOut();
         view.layOutSubtree();
         if (tree.didLayOutBlock) tree.didLayOutBlock();
     }
     if (tree.needsLayout) layOut();
-    tree.isLayingOut = false;
 }
 
 void View::layOutSubtree() {

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 
+#include "tavrolin/foundation/exception.h"
 #include "tavrolin/ui/controls.h"
 #include "tavrolin/ui/scroll_view.h"
 #include "tests/ui/ui_test.h"
@@ -293,7 +294,21 @@ TEST_F(LayoutTest, PassesFollowEachOtherButEnd) {
     EXPECT_LT(insatiable->passes, 20);
 }
 
-// The same as a fresh set-up would give, whatever was changed before.
+TEST_F(LayoutTest, APassThatRaisesIsOver) {
+    class Raising : public View {
+    public:
+        int passes = 0;
+        void layoutSubviews() override {
+            if (++passes == 1) foundation::Exception::raise("TestException", "not now");
+        }
+    };
+    auto root = std::make_shared<Raising>();
+    EXPECT_THROW(root->layoutIfNeeded(), foundation::Exception);
+    root->setNeedsLayout();
+    root->layoutIfNeeded();
+    EXPECT_EQ(root->passes, 2);
+}
+
 // The solver gives up on what would take too long; no real tree is among that.
 TEST_F(LayoutTest, DeepTreesAreLaidOutWhole) {
     constexpr int kDepth = 100;
@@ -312,6 +327,7 @@ TEST_F(LayoutTest, DeepTreesAreLaidOutWhole) {
     EXPECT_EQ(window.size().height, 12 * (kDepth / 2 + 1));
 }
 
+// The same as a fresh set-up would give, whatever was changed before.
 TEST_F(LayoutTest, ChangesLeadToWhatAFreshTreeHas) {
     struct Tree {
         std::shared_ptr<ui::StackView> column = std::make_shared<ui::StackView>();
