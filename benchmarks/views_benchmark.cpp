@@ -124,32 +124,35 @@ public:
     struct Shape {
         Rect rect;
         double cornerRadius = 0;
-        platform::Gradient gradient;  // of one colour: that
-        platform::ImageRef image;     // in that colour, where there is one
+        platform::Gradient gradient;                     // of one colour: that
+        platform::ImageRef image;                        // in that colour, where there is one
+        std::optional<std::pair<Rect, double>> corners;  // what it is cut to, with a radius
     };
     explicit Shapes(double scale) : scale_(scale) {}
 
     const std::vector<Shape>& all() const { return all_; }
 
-    void save() override { offsets_.push_back(offsets_.back()); }
-    void restore() override { offsets_.pop_back(); }
+    void save() override { states_.push_back(states_.back()); }
+    void restore() override { states_.pop_back(); }
     void translate(double dx, double dy) override {
-        offsets_.back().x += dx;
-        offsets_.back().y += dy;
+        states_.back().offset.x += dx;
+        states_.back().offset.y += dy;
     }
-    void clip(const Rect&, double) override {}
+    void clip(const Rect& rect, double cornerRadius) override {
+        if (cornerRadius > 0) states_.back().corners = {placed(rect), cornerRadius};
+    }
     void beginGroup() override {}
     void endGroup(double) override {}
     void fill(const Rect& rect, double cornerRadius, const platform::Color& color) override {
-        add({rect, cornerRadius, {{color}, {}, {}}, nullptr});
+        add({rect, cornerRadius, {{color}, {}, {}}, nullptr, {}});
     }
     void fill(const Rect& rect, double cornerRadius, const platform::Gradient& gradient) override {
-        add({rect, cornerRadius, gradient, nullptr});
+        add({rect, cornerRadius, gradient, nullptr, {}});
     }
     void stroke(const Rect&, double, double, const platform::Color&) override {}
     void drawImage(const platform::ImageRef& image, const Rect& rect,
                    const std::optional<platform::Color>& tint) override {
-        Shape shape{rect, 0, {}, image};
+        Shape shape{rect, 0, {}, image, {}};
         if (tint) shape.gradient.colors.push_back(*tint);
         add(shape);
     }
@@ -158,12 +161,20 @@ public:
 
 private:
     void add(Shape shape) {
-        shape.rect = shape.rect.movedBy(offsets_.back().x, offsets_.back().y);
+        shape.rect = placed(shape.rect);
+        shape.corners = states_.back().corners;
         all_.push_back(std::move(shape));
     }
+    Rect placed(const Rect& rect) const {
+        return rect.movedBy(states_.back().offset.x, states_.back().offset.y);
+    }
 
+    struct State {
+        Point offset;
+        std::optional<std::pair<Rect, double>> corners;
+    };
     double scale_;
-    std::vector<Point> offsets_{{}};
+    std::vector<State> states_{{}};
     std::vector<Shape> all_;
 };
 
@@ -283,6 +294,11 @@ private:
     static void drawShape(cairo_t* cairo, const Shapes::Shape& shape, cairo_surface_t* picture) {
         const auto& [colors, start, end] = shape.gradient;
         const Rect& rect = shape.rect;
+        cairo_save(cairo);
+        if (shape.corners) {
+            traceRectangle(cairo, shape.corners->first, shape.corners->second);
+            cairo_clip(cairo);
+        }
         if (colors.size() > 1) {
             cairo_pattern_t* const pattern = cairo_pattern_create_linear(
                 rect.x + start.x * rect.width, rect.y + start.y * rect.height,
@@ -305,6 +321,7 @@ private:
             traceRectangle(cairo, rect, shape.cornerRadius);
             cairo_fill(cairo);
         }
+        cairo_restore(cairo);
     }
     static void traceRectangle(cairo_t* cairo, const Rect& rect, double radius) {
         if (!(radius > 0)) return cairo_rectangle(cairo, rect.x, rect.y, rect.width, rect.height);
