@@ -136,6 +136,7 @@ public:
                 const Tag tag = scanTag(text_, at, name);
                 if (tag.end == kNone) {
                     result_.endsInsideTag = true;
+                    bound(tag);
                     break;
                 }
                 at = take(tag);
@@ -208,7 +209,8 @@ private:
     }
 
     void bound(const Tag& tag) {
-        if (tag.attributesEnd < tag.end - 1) leaveOut(tag.attributesEnd, tag.end - 1);
+        const std::size_t end = tag.end == kNone ? text_.size() : tag.end - 1;
+        if (tag.attributesEnd < end) leaveOut(tag.attributesEnd, end);
     }
 
     void leaveOut(std::size_t begin, std::size_t end) {

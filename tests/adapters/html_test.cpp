@@ -227,6 +227,7 @@ TEST(HTMLImporter, EndsSoonWhateverItGets) {
         repeated("<svg><td>"),
         repeated("<html a@>") + "x",
         "<b " + repeated("a@ ") + ">x",
+        "x<b " + repeated("a@ "),  // no end at all
         repeated("<b a=@>", 4000) + repeated("<p>x"),
         "<style>" + repeated(".a@,b{color:red}", 400'000) + "</style>" +
             repeated("<b>x</b>", 500'000),
