@@ -30,6 +30,11 @@ namespace {
 constexpr double kFarthest = 4'000'000;
 // How far from the grid of pixels a picture may lie and still be taken for lying on it.
 constexpr double kOnGrid = 0.01;
+// A screen's worth at two pixels for a point.
+constexpr int kBandPixels = 1'500'000;
+// Rows around a band that are drawn and not taken. A line of text that lies across the edge of what
+// is drawn loses pixels at its own edges, which Cairo then cuts to whole ones.
+constexpr int kMargin = 256;
 
 bool isDrawable(const Color& color) {
     return std::isfinite(color.red) && std::isfinite(color.green) && std::isfinite(color.blue) &&
@@ -50,15 +55,39 @@ int pixelsOf(double points, double scale) {
     return pixels > 1 ? static_cast<int>(std::min(pixels, 1e6)) : 1;
 }
 
-SurfaceHandle pixelSurface(double width, double height, double scale) {
-    const int pixelWidth = pixelsOf(width, scale);
-    const int pixelHeight = pixelsOf(height, scale);
+struct PixelSize {
+    int width = 0;
+    int height = 0;
+};
+
+PixelSize pixelSize(double width, double height, double scale) {
+    const PixelSize size = {pixelsOf(width, scale), pixelsOf(height, scale)};
     require(width, height, scale,
-            pixelWidth <= PixelCanvas::kMaximumSide && pixelHeight <= PixelCanvas::kMaximumSide &&
-                double{1} * pixelWidth * pixelHeight <= PixelCanvas::kMaximumPixels);
-    SurfaceHandle surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, pixelWidth, pixelHeight));
-    require(width, height, scale, cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS);
-    return surface;
+            size.width <= PixelCanvas::kMaximumSide && size.height <= PixelCanvas::kMaximumSide &&
+                double{1} * size.width * size.height <= PixelCanvas::kMaximumPixels);
+    return size;
+}
+
+int rowsOfBand(const PixelSize& size) {
+    return std::clamp(kBandPixels / size.width, 1, size.height);
+}
+
+// What is drawn, if it is no more than a band; otherwise how it is drawn.
+SurfaceHandle pixelSurface(const PixelSize& size) {
+    if (rowsOfBand(size) == size.height) {
+        return SurfaceHandle(
+            cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.width, size.height));
+    }
+    const cairo_rectangle_t extents = {0, 0, double{1} * size.width, double{1} * size.height};
+    return SurfaceHandle(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &extents));
+}
+
+Pixels pixelsOf(cairo_surface_t* image, int first, int rows) {
+    cairo_surface_flush(image);
+    const int stride = cairo_image_surface_get_stride(image);
+    return {cairo_image_surface_get_data(image) + std::ptrdiff_t{first} * stride,
+            static_cast<std::uint32_t>(cairo_image_surface_get_width(image)),
+            static_cast<std::uint32_t>(rows), static_cast<std::size_t>(stride)};
 }
 
 }  // namespace
@@ -74,11 +103,16 @@ public:
     }
 
     static std::unique_ptr<Surface> pixels(double width, double height, double scale) {
-        return std::make_unique<Surface>(pixelSurface(width, height, scale), scale, scale,
-                                         SetText::Emoji::glyphs);
+        const PixelSize size = pixelSize(width, height, scale);
+        SurfaceHandle surface = pixelSurface(size);
+        require(width, height, scale, cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS);
+        auto result =
+            std::make_unique<Surface>(std::move(surface), scale, scale, SetText::Emoji::glyphs);
+        result->size_ = size;
+        return result;
     }
     static std::unique_ptr<Surface> vectors(double width, double height, double scale) {
-        pixelSurface(width, height, scale);  // the same limits
+        pixelSize(width, height, scale);  // the same limits
         auto svg = std::make_unique<std::string>();
         SurfaceHandle surface(cairo_svg_surface_create_for_stream(
             append, svg.get(), std::max(width, 1.0), std::max(height, 1.0)));
@@ -126,13 +160,26 @@ public:
         }
     }
 
-    Pixels flushed() {
+    const PixelSize& size() const { return size_; }
+    /// Calls `take` for what is drawn, as pixels, from the top, a band after the other, until it
+    /// returns false. True when it had all of them.
+    template <class Take>
+    bool eachBand(Take take) {
         closeAll();
-        cairo_surface_flush(surface_.get());
-        return {cairo_image_surface_get_data(surface_.get()),
-                static_cast<std::uint32_t>(cairo_image_surface_get_width(surface_.get())),
-                static_cast<std::uint32_t>(cairo_image_surface_get_height(surface_.get())),
-                static_cast<std::size_t>(cairo_image_surface_get_stride(surface_.get()))};
+        const int rows = rowsOfBand(size_);
+        if (rows == size_.height) return take(pixelsOf(surface_.get(), 0, rows));
+        const SurfaceHandle band(
+            cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size_.width, rows + 2 * kMargin));
+        const CairoHandle cairo(cairo_create(band.get()));
+        cairo_set_operator(cairo.get(), CAIRO_OPERATOR_SOURCE);
+        for (int top = 0; top < size_.height; top += rows) {
+            cairo_set_source_surface(cairo.get(), surface_.get(), 0, kMargin - top);
+            cairo_paint(cairo.get());
+            if (cairo_status(cairo.get()) != CAIRO_STATUS_SUCCESS) return false;
+            if (!take(pixelsOf(band.get(), kMargin, std::min(rows, size_.height - top))))
+                return false;
+        }
+        return true;
     }
     std::string finished() {
         closeAll();
@@ -180,6 +227,7 @@ private:
 
     double scale_;
     SetText::Emoji emoji_;
+    PixelSize size_;                    // of a canvas of pixels
     std::unique_ptr<std::string> svg_;  // outlives the surface that writes it
     SurfaceHandle surface_;
     CairoHandle cairo_;
@@ -322,25 +370,36 @@ PixelCanvas::PixelCanvas(double width, double height, double scale)
     : Canvas(Surface::pixels(width, height, scale)) {}
 
 int PixelCanvas::pixelWidth() const {
-    return static_cast<int>(surface().flushed().width);
+    return surface().size().width;
 }
 int PixelCanvas::pixelHeight() const {
-    return static_cast<int>(surface().flushed().height);
+    return surface().size().height;
 }
 
 std::string PixelCanvas::png() {
-    return pngFile(surface().flushed());
+    const auto width = static_cast<std::uint32_t>(pixelWidth());
+    const auto height = static_cast<std::uint32_t>(pixelHeight());
+    for (const bool withAlpha : {false, true}) {
+        PNGFile file(width, height, withAlpha);
+        const bool isWhole = surface().eachBand(
+            [&](const Pixels& band) { return (withAlpha || band.isOpaque()) && file.add(band); });
+        if (isWhole) return file.finished();
+    }
+    return {};
 }
 
 ImageRef PixelCanvas::image() {
-    const Pixels pixels = surface().flushed();
     auto image = std::make_shared<platform::Image>();
-    image->width = pixels.width;
-    image->height = pixels.height;
-    const std::size_t rowBytes = std::size_t{pixels.width} * 4;
-    image->pixels.resize(rowBytes * pixels.height);
-    for (std::uint32_t y = 0; y < pixels.height; ++y)
-        pixels.unpack(y, true, image->pixels.data() + y * rowBytes);
+    image->width = static_cast<std::uint32_t>(pixelWidth());
+    image->height = static_cast<std::uint32_t>(pixelHeight());
+    const std::size_t rowBytes = std::size_t{image->width} * 4;
+    image->pixels.resize(rowBytes * image->height);
+    std::uint8_t* row = image->pixels.data();
+    surface().eachBand([&](const Pixels& band) {
+        for (std::uint32_t y = 0; y < band.height; ++y, row += rowBytes)
+            band.unpack(y, true, row);
+        return true;
+    });
     return image;
 }
 

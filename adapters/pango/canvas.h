@@ -41,7 +41,8 @@ private:
     std::unique_ptr<Surface> surface_;
 };
 
-/// A canvas of pixels, transparent at first.
+/// A canvas of pixels, transparent at first. Of a large one only what is drawn is kept; it becomes
+/// pixels a band of rows at a time, so that memory doesn't grow with the height.
 class PixelCanvas : public Canvas {
 public:
     static constexpr int kMaximumSide = 32'767;  // in pixels; Cairo's own

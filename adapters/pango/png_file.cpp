@@ -15,55 +15,6 @@ namespace {
 // A quarter of the time that the library's defaults take, for a few bytes more.
 constexpr int kCompression = 1;
 
-// The library reports errors by a jump: nothing between `write` and the library may have a
-// destructor.
-class Writing {
-public:
-    Writing() {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, fail, [](png_structp, auto) {});
-        if (png_ != nullptr) info_ = png_create_info_struct(png_);
-    }
-    ~Writing() { png_destroy_write_struct(&png_, &info_); }
-    Writing(const Writing&) = delete;
-    Writing& operator=(const Writing&) = delete;
-
-    bool write(const Pixels& pixels) {
-        if (info_ == nullptr) return false;
-        const bool withAlpha = !pixels.isOpaque();
-        row_.resize(std::size_t{pixels.width} * 4);
-        if (setjmp(jump_) != 0) return false;
-        png_set_write_fn(png_, this, append, nullptr);
-        png_set_compression_level(png_, kCompression);
-        png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
-        png_set_IHDR(png_, info_, pixels.width, pixels.height, 8,
-                     withAlpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
-                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        png_write_info(png_, info_);
-        for (std::uint32_t y = 0; y < pixels.height; ++y) {
-            pixels.unpack(y, withAlpha, row_.data());
-            png_write_row(png_, row_.data());
-        }
-        png_write_end(png_, nullptr);
-        return true;
-    }
-    std::string& file() { return file_; }
-
-private:
-    [[noreturn]] static void fail(png_structp png, png_const_charp) {
-        std::longjmp(static_cast<Writing*>(png_get_error_ptr(png))->jump_, 1);
-    }
-    static void append(png_structp png, png_bytep bytes, std::size_t count) {
-        static_cast<Writing*>(png_get_io_ptr(png))
-            ->file_.append(reinterpret_cast<const char*>(bytes), count);
-    }
-
-    png_structp png_ = nullptr;
-    png_infop info_ = nullptr;
-    std::jmp_buf jump_{};
-    std::vector<std::uint8_t> row_;
-    std::string file_;
-};
-
 std::uint8_t unmultiplied(std::uint32_t channel, std::uint32_t alpha) {
     return static_cast<std::uint8_t>(std::min((channel * 255 + alpha / 2) / alpha, 255U));
 }
@@ -104,9 +55,78 @@ void Pixels::unpack(std::uint32_t y, bool withAlpha, std::uint8_t* to) const {
     }
 }
 
-std::string pngFile(const Pixels& pixels) {
-    Writing writing;
-    return writing.write(pixels) ? std::move(writing.file()) : std::string();
+// The library reports errors by a jump: nothing between `attempt` and the library may have a
+// destructor.
+class PNGFile::Writing {
+public:
+    Writing(std::uint32_t width, std::uint32_t height, bool withAlpha)
+        : height_(height), withAlpha_(withAlpha), row_(std::size_t{width} * 4) {
+        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, fail, [](png_structp, auto) {});
+        if (png_ != nullptr) info_ = png_create_info_struct(png_);
+        isGood_ = info_ != nullptr && attempt([this, width] {
+                      png_set_write_fn(png_, this, append, nullptr);
+                      png_set_compression_level(png_, kCompression);
+                      png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+                      png_set_IHDR(png_, info_, width, height_, 8,
+                                   withAlpha_ ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+                                   PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                                   PNG_FILTER_TYPE_DEFAULT);
+                      png_write_info(png_, info_);
+                  });
+    }
+    ~Writing() { png_destroy_write_struct(&png_, &info_); }
+    Writing(const Writing&) = delete;
+    Writing& operator=(const Writing&) = delete;
+
+    bool add(const Pixels& rows) {
+        isGood_ = isGood_ && attempt([this, &rows] {
+                      for (std::uint32_t y = 0; y < rows.height; ++y) {
+                          rows.unpack(y, withAlpha_, row_.data());
+                          png_write_row(png_, row_.data());
+                      }
+                  });
+        return isGood_;
+    }
+    std::string finished() {
+        isGood_ = isGood_ && attempt([this] { png_write_end(png_, nullptr); });
+        return isGood_ ? std::move(file_) : std::string();
+    }
+
+private:
+    [[noreturn]] static void fail(png_structp png, png_const_charp) {
+        std::longjmp(static_cast<Writing*>(png_get_error_ptr(png))->jump_, 1);
+    }
+    static void append(png_structp png, png_bytep bytes, std::size_t count) {
+        static_cast<Writing*>(png_get_io_ptr(png))
+            ->file_.append(reinterpret_cast<const char*>(bytes), count);
+    }
+
+    template <class Step>
+    bool attempt(Step step) {
+        if (setjmp(jump_) != 0) return false;
+        step();
+        return true;
+    }
+
+    std::uint32_t height_;
+    bool withAlpha_;
+    std::vector<std::uint8_t> row_;
+    png_structp png_ = nullptr;
+    png_infop info_ = nullptr;
+    std::jmp_buf jump_{};
+    std::string file_;
+    bool isGood_ = false;
+};
+
+PNGFile::PNGFile(std::uint32_t width, std::uint32_t height, bool withAlpha)
+    : writing_(std::make_unique<Writing>(width, height, withAlpha)) {}
+PNGFile::~PNGFile() = default;
+
+bool PNGFile::add(const Pixels& rows) {
+    return writing_->add(rows);
+}
+std::string PNGFile::finished() {
+    return writing_->finished();
 }
 
 }  // namespace tavrolin::adapters::pango

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace tavrolin::adapters::pango {
@@ -21,7 +22,23 @@ struct Pixels {
     void unpack(std::uint32_t y, bool withAlpha, std::uint8_t* to) const;
 };
 
-/// Empty when there is no memory for it.
-std::string pngFile(const Pixels& pixels);
+/// A PNG file, written with speed in mind.
+class PNGFile {
+public:
+    /// `withAlpha`: RGBA, otherwise RGB.
+    PNGFile(std::uint32_t width, std::uint32_t height, bool withAlpha);
+    ~PNGFile();
+    PNGFile(const PNGFile&) = delete;
+    PNGFile& operator=(const PNGFile&) = delete;
+
+    /// The next rows. False when there is no memory for them.
+    bool add(const Pixels& rows);
+    /// The whole file, once all rows are in it; empty when there is no memory for it.
+    std::string finished();
+
+private:
+    class Writing;
+    std::unique_ptr<Writing> writing_;
+};
 
 }  // namespace tavrolin::adapters::pango

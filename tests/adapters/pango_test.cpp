@@ -283,6 +283,49 @@ TEST(PixelCanvas, WritesTheSameBytesTwice) {
     EXPECT_EQ(files[0], files[1]);
 }
 
+// Drawn in bands, it is what smaller canvases show that are drawn as a whole. (Pictures off the
+// grid of pixels may differ in the last bit: Cairo rounds where it samples them.)
+TEST(PixelCanvas, OfAnyHeightShowsTheSame) {
+    constexpr double kHeight = 4500;
+    constexpr std::ptrdiff_t kWindow = 500;
+    constexpr std::ptrdiff_t kMargin = 100;  // on both sides: what crosses an edge differs there
+    Typesetter typesetter;
+    auto picture = std::make_shared<platform::Image>(platform::Image{9, 9, {}});
+    for (int i = 0; i < 9 * 9 * 4; ++i)
+        picture->pixels.push_back(static_cast<std::uint8_t>(i * 37));
+    const auto draw = [&](platform::Canvas& canvas, bool isOpaque) {
+        if (isOpaque) canvas.fill({0, 0, 200, kHeight}, 0, Color{0.9, 0.95, 1});
+        for (double y = 3; y < kHeight; y += 105.5) {
+            canvas.save();
+            canvas.translate(0, y);
+            drawEverything(typesetter, canvas);
+            canvas.drawImage(picture, {120, 5, 4.5, 4.5}, std::nullopt);
+            canvas.restore();
+        }
+    };
+    for (const bool isOpaque : {true, false}) {
+        PixelCanvas tall(200, kHeight, 2);
+        draw(tall, isOpaque);
+        const ImageRef image = tall.image();
+        ASSERT_EQ(image->pixels.size(), std::size_t{400} * 9000 * 4);
+        for (std::ptrdiff_t top = 0; top < 9000; top += kWindow) {
+            PixelCanvas window(200, kWindow / 2.0 + kMargin, 2);
+            window.translate(0, (kMargin - static_cast<double>(top)) / 2);
+            draw(window, isOpaque);
+            const ImageRef shown = window.image();
+            const auto begin = image->pixels.begin() + top * 400 * 4;
+            EXPECT_TRUE(std::equal(begin, begin + kWindow * 400 * 4,
+                                   shown->pixels.begin() + kMargin * 400 * 4))
+                << top;
+        }
+        const std::string file = tall.png();
+        const auto source = images::ImageDecoder().sourceWithData(
+            {reinterpret_cast<const std::uint8_t*>(file.data()), file.size()});
+        ASSERT_NE(source, nullptr);
+        EXPECT_EQ(source->imageAtIndex(0, 400, 9000)->pixels, image->pixels);
+    }
+}
+
 TEST(PixelCanvas, DrawsEmojiInColourAtTheirSize) {
     Typesetter typesetter;
     const auto layout = typesetter.layout(text("😀"), {});
