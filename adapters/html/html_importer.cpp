@@ -423,8 +423,8 @@ Attempt attempt(std::string_view document) {
     return result;
 }
 
-std::string_view upToTheLimit(std::string_view document) {
-    std::size_t length = kMaximumLength;
+// At most so many bytes, and only whole characters.
+std::string_view upTo(std::size_t length, std::string_view document) {
     while (length > 0 && (static_cast<unsigned char>(document[length]) & 0xC0U) == 0x80U)
         --length;
     return document.substr(0, length);
@@ -439,19 +439,24 @@ foundation::Error failure(std::string reason) {
 platform::HTMLImporter::Result HTMLImporter::importHTML(std::string_view document) {
     Result result;
     if (document.size() > kMaximumLength) {
-        document = upToTheLimit(document);
+        document = upTo(kMaximumLength, document);
         result.error = failure("The document is longer than 1 MB; the rest was left out.");
     }
     std::string repaired;
     if (!foundation::isValidUtf8(document))
         document = repaired = foundation::repairedUtf8(document);
 
-    Attempt first = attempt(document);
-    if (!first.text)
-        result.error = failure("The document is too complex; its styles were left out.");
-    if (!first.text || (first.endsInsideTag && !hasVisibleText(*first.text)))
-        first = attempt(withoutTags(document));
-    if (first.text) result.text = *std::move(first.text);
+    Attempt last = attempt(document);
+    bool isCut = false;
+    // Rather its beginning with all styles than all of it without them.
+    for (std::size_t length = document.size() / 2; !last.text && length > 0; length /= 2) {
+        last = attempt(upTo(length, document));
+        isCut = true;
+    }
+    if (isCut) result.error = failure("The document is too complex; its end was left out.");
+    if (!last.text || ((isCut || last.endsInsideTag) && !hasVisibleText(*last.text)))
+        last = attempt(withoutTags(document));
+    if (last.text) result.text = *std::move(last.text);
     return result;
 }
 

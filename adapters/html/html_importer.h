@@ -14,7 +14,7 @@ namespace tavrolin::adapters::html {
 /// Documents are taken as hostile. What goes too far is left out, so that time and memory grow with
 /// the length alone: elements deeper than 256 levels, attributes beyond the 64th of a tag, rules
 /// beyond the 256th. Reported as an error: more than 1 MB (the rest is left out), a document of
-/// which the tree takes more than 64 MB (its text comes without any style).
+/// which the tree takes more than 8 MB (half of it is taken, or a quarter, and so on).
 ///
 /// An attribute whose quote is never closed swallows all that follows, as in a browser; where
 /// nothing is left by that, the text comes with its tags taken out.

@@ -12,7 +12,7 @@ namespace tavrolin::adapters::html {
 
 namespace {
 
-constexpr std::size_t kMaximumMemory = 64U << 20U;
+constexpr std::size_t kMaximumMemory = 8U << 20U;
 constexpr std::size_t kBlockSize = 32U << 10U;
 constexpr std::size_t kAlignment = alignof(std::max_align_t);
 

@@ -17,7 +17,7 @@ public:
     ParseTree(const ParseTree&) = delete;
     ParseTree& operator=(const ParseTree&) = delete;
 
-    /// The element "html"; null when the tree would have taken more than 64 MB.
+    /// The element "html"; null when the tree would have taken more than 8 MB.
     const GumboInternalNode* root() const { return root_; }
 
 private:

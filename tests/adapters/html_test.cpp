@@ -257,5 +257,23 @@ TEST(HTMLImporter, TakesTheFirstMegabyteAndSaysSo) {
     EXPECT_EQ(HTMLImporter().importHTML("<p>a").error, foundation::Error());
 }
 
+TEST(HTMLImporter, KeepsTheStylesOfABeginningThatFits) {
+    std::string document;
+    while (document.size() < 900'000)
+        document += "é<b>x</b>";
+    const auto result = HTMLImporter().importHTML(document);
+    EXPECT_THAT(result.error.localizedDescription, testing::HasSubstr("too complex"));
+    EXPECT_TRUE(foundation::isValidUtf8(result.text.string));
+    EXPECT_GT(result.text.string.size(), 20'000U);
+    ASSERT_GT(result.text.runs.size(), 2U);
+    EXPECT_FALSE(result.text.runs[0].attributes.font.bold);
+    EXPECT_TRUE(result.text.runs[1].attributes.font.bold);
+    // Where the beginning shows nothing, all of the text comes without them.
+    std::string empty;
+    while (empty.size() < 900'000)
+        empty += "<i></i>";
+    EXPECT_EQ(textOf(empty + "end"), "end");
+}
+
 }  // namespace
 }  // namespace tavrolin::adapters::html
