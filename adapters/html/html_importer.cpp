@@ -450,7 +450,8 @@ platform::HTMLImporter::Result HTMLImporter::importHTML(std::string_view documen
     bool isCut = false;
     // Rather its beginning with all styles than all of it without them.
     for (std::size_t length = document.size() / 2; !last.text && length > 0; length /= 2) {
-        last = attempt(upTo(length, document));
+        const std::string_view beginning = upTo(length, document);
+        last = attempt(beginning.substr(0, beginning.rfind('<')));  // no tag in half
         isCut = true;
     }
     if (isCut) result.error = failure("The document is too complex; its end was left out.");
