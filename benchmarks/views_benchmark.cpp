@@ -2,11 +2,13 @@
 // and drawn, beside bare Cairo and Pango calls that set and draw the same texts and the same
 // pictures at the same places. Both set texts that they never set before, in fonts that they know,
 // and draw pictures that are decoded. Then the same with nothing changed, and `expand --png` from
-// the start of its process beside a bare program that loads the same fonts and draws the same.
+// the start of its process beside a bare program that loads the same fonts and draws the same. Last
+// the most memory that the content extension takes for what is large.
 
 #include <fcntl.h>
 #include <pango/pangocairo.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <cmath>
@@ -38,6 +40,7 @@
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/ui/label.h"
 #include "tavrolin/ui/window.h"
+#include "tests/support/pictures.h"
 
 extern char** environ;
 
@@ -99,11 +102,11 @@ std::string contentsOf(const fs::path& path) {
 }
 
 // The example's payload as the service extension hands it on: with the path of its media.
-Value payloadOf(const std::string& example, const char* media) {
+Value payloadOf(const std::string& example, const std::string& media) {
     Value payload = *ports().json.parse(contentsOf(kSource + "/examples/payloads/" + example));
-    if (media != nullptr) {
+    if (!media.empty()) {
         Value section = payload["cvnPayload"];
-        section.set(kPNMediaURLPath, kSource + "/examples/media/" + media);
+        section.set(kPNMediaURLPath, media);
         payload.set("cvnPayload", section);
     }
     return payload;
@@ -112,7 +115,8 @@ Value payloadOf(const std::string& example, const char* media) {
 platform::DeliveredNotification notification(const std::string& example, const char* media) {
     platform::DeliveredNotification result;
     result.request.identifier = example;
-    result.request.content.userInfo = payloadOf(example, media);
+    result.request.content.userInfo = payloadOf(
+        example, media == nullptr ? "" : kSource + "/examples/media/" + std::string(media));
     return result;
 }
 
@@ -444,53 +448,148 @@ void run(const std::vector<std::string>& words) {
     }
 }
 
-// A push that goes to the tray as it is, with the path of its picture in it, in both a fresh
-// device's view and the bare program's.
-void measureStart() {
-    const std::string folder = fs::temp_directory_path() / "tavrolin-views-XXXXXX";
-    std::vector<char> name(folder.begin(), folder.end());
-    name.push_back('\0');
-    if (mkdtemp(name.data()) == nullptr) {
-        std::perror("views_benchmark");
-        std::exit(1);
+// Runs the program and writes the most memory that it, or one that it started, took, in bytes. For
+// a process of its own that has little memory: what starts a program counts as the program's.
+int writePeak(const std::string& file, const std::vector<std::string>& words) {
+    run(words);
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return (std::ofstream(file) << usage.ru_maxrss * 1024).good() ? 0 : 1;
+}
+
+// A device with notifications on its tray, as they came: with the path of their media in them.
+class Device {
+public:
+    Device() {
+        const std::string pattern = fs::temp_directory_path() / "tavrolin-views-XXXXXX";
+        std::vector<char> name(pattern.begin(), pattern.end());
+        name.push_back('\0');
+        if (mkdtemp(name.data()) == nullptr) {
+            std::perror("views_benchmark");
+            std::exit(1);
+        }
+        folder_ = name.data();
     }
-    const std::string work = name.data();
-    Value payload = payloadOf("countdown.json", "landscape-1.jpg");
-    Value aps = payload["aps"];
-    aps.set("mutable-content", 0);
-    payload.set("aps", aps);
-    std::ofstream(work + "/push.json")
-        << *ports().json.serialise(payload, platform::JSONText::Style::compact);
-    const std::string program = kBinary + "/tavrolin";
-    run({program, "--device", work + "/device", "deliver", "--no-limit", "--id", "x",
-         work + "/push.json"});
+    ~Device() { fs::remove_all(folder_); }
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    void deliver(const std::string& identifier, Value payload) const {
+        Value aps = payload["aps"];
+        aps.set("mutable-content", 0);
+        payload.set("aps", aps);
+        std::ofstream(path("push.json"))
+            << *ports().json.serialise(payload, platform::JSONText::Style::compact);
+        run({kProgram, "--device", path("device"), "deliver", "--no-limit", "--id", identifier,
+             path("push.json")});
+    }
+    std::vector<std::string> expanding(const std::string& identifier) const {
+        return {kProgram,   "--device", path("device"),      "--time", "jump", "expand",
+                identifier, "--png",    path("expanded.png")};
+    }
+
+private:
+    const std::string kProgram = kBinary + "/tavrolin";
+    std::string folder_;
+};
+
+// The same picture in both.
+void measureStart() {
+    const Device device;
+    device.deliver("x", payloadOf("countdown.json", kSource + "/examples/media/landscape-1.jpg"));
     const std::string title = "Early bird ends soon";
     const std::string body = "Tickets go up by a third when the clock runs out.";
     const auto times = timesInTurns(
         TimeOf::real, kTurns, kStarts,
-        {[&] {
-             run({program, "--device", work + "/device", "--time", "jump", "expand", "x", "--png",
-                  work + "/expanded.png"});
-         },
+        {[&] { run(device.expanding("x")); },
          [&] {
-             run({kBinary + "/benchmarks/bare_picture", work + "/bare.png", "375", "331", "2",
+             run({kBinary + "/benchmarks/bare_picture", device.path("bare.png"), "375", "331", "2",
                   title, body, kSource + "/examples/media/landscape-1.jpg"});
          }});
     std::printf("expand --png from process start %.1f ms, bare program %.1f ms\n",
                 median(times[0]) / 1e3, median(times[1]) / 1e3);
     printRatio("expand_png_to_bare_program", medianRatio(times[0], times[1]), kGoal);
-    fs::remove_all(work);
+}
+
+Value textPayload(const char* key, const std::string& text) {
+    Value payload = payloadOf("long-text.json", "");
+    Value section = payload["cvnPayload"];
+    section.set(key, text);
+    payload.set("cvnPayload", section);
+    return payload;
+}
+
+std::string repeated(std::string_view part, std::size_t length) {
+    std::string text;
+    while (text.size() < length)
+        text += part;
+    return text;
+}
+
+// 30 frames of 3 megapixels, each of stripes that have moved.
+std::string largeAnimation() {
+    constexpr unsigned kFrameWidth = 2000;
+    constexpr unsigned kFrameHeight = 1500;
+    std::vector<test::GIFFrame> frames;
+    for (unsigned i = 0; i < 30; ++i) {
+        test::GIFFrame frame = test::plainFrame(kFrameWidth, kFrameHeight, 'w', 10);
+        for (std::size_t at = 0; at < frame.letters.size(); ++at)
+            frame.letters[at] = "rgbwk"[(at / 50 + i) % 5];
+        frames.push_back(std::move(frame));
+    }
+    return test::gif(kFrameWidth, kFrameHeight, frames);
+}
+
+// The most that one expanded view takes, without a player.
+void measureMemory() {
+    constexpr double kMost = 48e6;
+    const Device device;
+    struct Case {
+        const char* name;
+        Value payload;
+        const char* step;
+    };
+    const auto withPicture = [&](const char* example, const char* name, const std::string& bytes) {
+        std::ofstream(device.path(name), std::ios::binary) << bytes;
+        return payloadOf(example, device.path(name));
+    };
+    const Case cases[] = {
+        {"photo", withPicture("image.json", "b.jpg", test::jpeg(4000, 3000, {3'000'000, false})),
+         "wait 0"},
+        {"progressive_photo",
+         withPicture("image.json", "p.jpg", test::jpeg(4000, 3000, {3'000'000, true})), "wait 0"},
+        {"interlaced_png", withPicture("image.json", "i.png", test::png(4000, 3000, {0, true})),
+         "wait 0"},
+        {"animation", withPicture("gif.json", "a.gif", largeAnimation()), "wait 2.25"},
+        {"text", textPayload("htB", repeated("漢字仮名交じり文", 300'000)), "wait 0"},
+        {"html", textPayload("htB", repeated("<p><b>x</b> <i>y</i></p>", 1'000'000)), "wait 0"},
+    };
+    for (const Case& each : cases) {
+        device.deliver(each.name, each.payload);
+        std::vector<std::string> words = {"/proc/self/exe", "--peak", device.path("peak")};
+        for (const std::string& word : device.expanding(each.name))
+            words.push_back(word);
+        words.insert(words.end(), {"--do", each.step});
+        run(words);
+        const double peak = std::stod(contentsOf(device.path("peak")));
+        std::printf("%-18s expand --png takes %.1f MB\n", each.name, peak / 1e6);
+        printRatio(std::string(each.name) + "_peak_to_48_MB", peak / kMost, 1);
+    }
 }
 
 }  // namespace
 
-// usage: views_benchmark [NAME], of one layout only
+// usage: views_benchmark [NAME], of one layout only, or "start", or "memory"
 int main(int argc, char** argv) {
+    if (argc > 3 && std::string_view(argv[1]) == "--peak")
+        return writePeak(argv[2], {argv + 3, argv + argc});
     ports();
     const std::string wanted = argc > 1 ? argv[1] : "";
     for (const Example& example : kExamples) {
         if (wanted.empty() || wanted == example.name) measureLayout(example);
     }
     if (wanted.empty() || wanted == "start") measureStart();
+    if (wanted.empty() || wanted == "memory") measureMemory();
     return 0;
 }
