@@ -567,9 +567,8 @@ void measureMemory() {
     };
     for (const Case& each : cases) {
         device.deliver(each.name, each.payload);
-        std::vector<std::string> words = {"/proc/self/exe", "--peak", device.path("peak")};
-        for (const std::string& word : device.expanding(each.name))
-            words.push_back(word);
+        std::vector<std::string> words = device.expanding(each.name);
+        words.insert(words.begin(), {"/proc/self/exe", "--peak", device.path("peak")});
         words.insert(words.end(), {"--do", each.step});
         run(words);
         const double peak = std::stod(contentsOf(device.path("peak")));
