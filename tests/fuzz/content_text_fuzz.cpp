@@ -5,6 +5,7 @@
 
 #include "adapters/html/html_importer.h"
 #include "adapters/memory/memory_platform.h"
+#include "adapters/memory/recording_canvas.h"
 #include "tavrolin/content_ui/code_points.h"
 #include "tavrolin/content_ui/color_utility.h"
 #include "tavrolin/content_ui/emoji_utility.h"
@@ -17,6 +18,7 @@ namespace {
 using tavrolin::CVNColorUtility;
 using tavrolin::CVNSharedUtility;
 using tavrolin::adapters::memory::MemoryPlatform;
+using tavrolin::adapters::memory::RecordingCanvas;
 using tavrolin::foundation::Value;
 
 constexpr double kWidth = 300;
@@ -40,6 +42,9 @@ void setLabel(const Value& html, const Value& plain) {
     require(tavrolin::foundation::isValidUtf8(label.text()) ||
             !tavrolin::foundation::isValidUtf8(plain ? plain.string() : ""));
     label.setFrame({0, 0, kWidth, 40});
+    RecordingCanvas canvas;
+    label.draw(canvas);
+    require(canvas.isBalanced());
 }
 
 }  // namespace
