@@ -2,21 +2,14 @@
 
 #include <stdlib.h>
 
-#include <cstddef>
 #include <filesystem>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "adapters/memory/memory_dispatch.h"
-#include "adapters/memory/memory_json_text.h"
-#include "adapters/memory/memory_url_session.h"
-#include "tavrolin/platform/platform.h"
-#include "tests/support/recording_log_sink.h"
+#include "adapters/memory/memory_platform.h"
+#include "tests/support/taken_log.h"
 
 namespace tavrolin::network_test {
-
-using tests::RecordingLogSink;
 
 /// A folder that is gone at the end.
 struct Folder {
@@ -31,49 +24,23 @@ struct Folder {
     std::string path;
 };
 
-/// The ports that the network uses, in memory. The others are addresses, nothing more.
+/// The platform in memory, with downloads in a folder of their own.
 struct NetworkPlatform {
-    NetworkPlatform() {
-        platform::Platform ports;
-        ports.application = untouched<platform::Application>();
-        ports.attachments = untouched<platform::Attachments>();
-        ports.bundles = untouched<platform::Bundles>();
-        ports.dispatch = &dispatch;
-        ports.files = untouched<platform::Files>();
-        ports.imageDecoder = untouched<platform::ImageDecoder>();
-        ports.json = &json;
-        ports.logSink = &log;
-        ports.pasteboard = untouched<platform::Pasteboard>();
-        ports.preferences = untouched<platform::PreferencesSuites>();
-        ports.recordStores = untouched<platform::RecordStores>();
-        ports.urlSession = &session;
-        ports.notificationCenter = untouched<platform::UserNotificationCenter>();
-        install(ports);
-    }
+    NetworkPlatform() { install(session); }
 
     /// In the place of the session in memory.
     void install(platform::URLSession& other) {
-        platform::Platform ports = platform::current();
+        platform::Platform ports = memory.platform();
         ports.urlSession = &other;
-        install(ports);
+        platform::install(ports);
     }
 
-    std::vector<std::string> takeLog() { return std::exchange(log.lines, {}); }
+    std::vector<std::string> takeLog() { return tests::takenLog(memory.logSink); }
 
     Folder folder;
-    RecordingLogSink log;
-    adapters::memory::MemoryDispatch dispatch;
-    adapters::memory::MemoryJSONText json;
+    adapters::memory::MemoryPlatform memory;
+    adapters::memory::MemoryDispatch& dispatch = memory.dispatch;
     adapters::memory::MemoryURLSession session{dispatch, folder.path};
-
-private:
-    static void install(const platform::Platform& ports) { platform::install(ports); }
-
-    template <class Port>
-    static Port* untouched() {
-        static std::max_align_t nothing;
-        return reinterpret_cast<Port*>(&nothing);
-    }
 };
 
 }  // namespace tavrolin::network_test

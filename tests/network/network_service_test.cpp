@@ -127,7 +127,7 @@ TEST_F(NetworkServiceTest, ReportsADataRequestThroughOneCallback) {
     EXPECT_THAT(
         platform.takeLog(),
         ElementsAre(
-            "🟩 CVNPushLogger(INFO) CVNPushNetworkService: Request = " + kURL +
+            "(INFO) CVNPushNetworkService: Request = " + kURL +
                 " -[CVNPushNetworkService "
                 "makeDataRequestFor:method:URLParams:bodyParams:headers:success:failure:]",
             testing::HasSubstr("(INFO) CVNPushNetworkService: Success for API call " + kURL)));

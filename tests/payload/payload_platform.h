@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "adapters/memory/memory_platform.h"
@@ -14,11 +13,9 @@
 #include "tavrolin/foundation/json.h"
 #include "tavrolin/foundation/value.h"
 #include "tavrolin/platform/platform.h"
-#include "tests/support/recording_log_sink.h"
+#include "tests/support/taken_log.h"
 
 namespace tavrolin::payload_test {
-
-using tests::RecordingLogSink;
 
 /// A folder of its own as the container of every app group; gone at the end.
 class FolderFiles : public adapters::posix::PosixFiles {
@@ -53,16 +50,13 @@ struct PayloadPlatform {
     PayloadPlatform() {
         platform::Platform ports = memory.platform();
         ports.files = &files;
-        ports.logSink = &log;
         platform::install(ports);
         memory.dispatch.advance(foundation::secondsBetween(memory.dispatch.now(), {1'795'512'600}));
     }
 
-    /// What was logged since the last time.
-    std::vector<std::string> takeLog() { return std::exchange(log.lines, {}); }
+    std::vector<std::string> takeLog() { return tests::takenLog(memory.logSink); }
 
     adapters::memory::MemoryPlatform memory;
-    RecordingLogSink log;
     FolderFiles files;
 };
 

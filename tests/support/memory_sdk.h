@@ -16,6 +16,7 @@
 #include "tavrolin/service_extension/push_file_utility.h"
 #include "tavrolin/store/core_data_controller.h"
 #include "tavrolin/store/push_notification_event.h"
+#include "tests/support/taken_log.h"
 
 namespace tavrolin::tests {
 
@@ -147,16 +148,7 @@ protected:
         return identifiers;
     }
 
-    /// The lines since the last time, as "(LEVEL) Class: message operation".
-    std::vector<std::string> takeLog() {
-        std::vector<std::string> lines;
-        for (const std::string& line : memory_.logSink.lines()) {
-            const std::size_t level = line.find('(');
-            lines.push_back(line.substr(level, line.rfind(" (Line ") - level));
-        }
-        memory_.logSink.clear();
-        return lines;
-    }
+    std::vector<std::string> takeLog() { return takenLog(memory_.logSink); }
 
     // Both live as long as the process, as the library's singletons do.
     adapters::memory::MemoryPlatform& memory_ = *new adapters::memory::MemoryPlatform;
