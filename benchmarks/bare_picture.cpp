@@ -1,10 +1,11 @@
-// The least that a process can do for a picture of a notification: loads the fonts, sets two texts,
-// decodes a picture in eighths of its size, draws all of it and writes a PNG. The baseline of what
-// `expand --png` takes from its start.
+// The least that a process can do for a picture of a notification: loads the fonts, sets its texts,
+// decodes its icon, and its picture in eighths of its size, draws all of it and writes a PNG. The
+// baseline of what `expand --png` takes from its start.
 //
-// usage: bare_picture PNG WIDTH HEIGHT SCALE TITLE BODY [JPEG]
+// usage: bare_picture PNG WIDTH HEIGHT SCALE TITLE BODY TIMER ICON JPEG
 //
-// The sizes are in points. The picture goes below the texts, as wide as the canvas.
+// The sizes are in points. The icon, a PNG, goes beside the texts, the timer's text on a red panel,
+// the picture below them, as wide as the canvas.
 
 #include <fontconfig/fontconfig.h>
 #include <pango/pangocairo.h>
@@ -23,8 +24,9 @@
 namespace {
 
 constexpr double kMargin = 16;
-constexpr double kTitleSize = 17;
-constexpr double kBodySize = 15;
+constexpr double kIcon = 40;
+constexpr double kLeft = kMargin + kIcon + 12;
+constexpr double kTextSize = 15;
 
 // The faces that are needed, and the font for emoji, from the caches of the package manager.
 constexpr const char* kConfiguration = R"(<?xml version="1.0"?>
@@ -62,22 +64,66 @@ PangoContext* fonts() {
     return context;
 }
 
-// How high the text is.
-double drawText(cairo_t* cairo, PangoContext* context, const char* text, double size,
-                PangoWeight weight, double y, double width) {
+PangoLayout* layoutOf(PangoContext* context, const char* text, PangoWeight weight, double width) {
     PangoLayout* layout = pango_layout_new(context);
     PangoFontDescription* font = pango_font_description_new();
     pango_font_description_set_family(font, "Inter");
-    pango_font_description_set_absolute_size(font, size * PANGO_SCALE);
+    pango_font_description_set_absolute_size(font, kTextSize * PANGO_SCALE);
     pango_font_description_set_weight(font, weight);
     pango_layout_set_font_description(layout, font);
     pango_layout_set_width(layout, static_cast<int>(width * PANGO_SCALE));
     pango_layout_set_text(layout, text, -1);
+    return layout;
+}
+
+// How high the text is.
+double drawText(cairo_t* cairo, PangoContext* context, const char* text, PangoWeight weight,
+                double y, double width) {
+    PangoLayout* layout = layoutOf(context, text, weight, width);
     int height = 0;
     pango_layout_get_size(layout, nullptr, &height);
-    cairo_move_to(cairo, kMargin, y);
+    cairo_move_to(cairo, kLeft, y);
     pango_cairo_show_layout(cairo, layout);
     return static_cast<double>(height) / PANGO_SCALE;
+}
+
+void trace(cairo_t* cairo, double x, double y, double width, double height, double radius) {
+    constexpr double kQuarter = 1.5707963267948966;
+    cairo_new_sub_path(cairo);
+    cairo_arc(cairo, x + width - radius, y + radius, radius, -kQuarter, 0);
+    cairo_arc(cairo, x + width - radius, y + height - radius, radius, 0, kQuarter);
+    cairo_arc(cairo, x + radius, y + height - radius, radius, kQuarter, 2 * kQuarter);
+    cairo_arc(cairo, x + radius, y + radius, radius, 2 * kQuarter, 3 * kQuarter);
+    cairo_close_path(cairo);
+}
+
+double drawTimer(cairo_t* cairo, PangoContext* context, const char* text, double y, double width) {
+    PangoLayout* layout = layoutOf(context, text, PANGO_WEIGHT_BOLD, width);
+    int textWidth = 0;
+    int textHeight = 0;
+    pango_layout_get_size(layout, &textWidth, &textHeight);
+    const double panelHeight = static_cast<double>(textHeight) / PANGO_SCALE + 12;
+    trace(cairo, kLeft, y, static_cast<double>(textWidth) / PANGO_SCALE + 24, panelHeight, 8);
+    cairo_set_source_rgb(cairo, 0.78, 0.16, 0.16);
+    cairo_fill(cairo);
+    cairo_set_source_rgb(cairo, 1, 1, 1);
+    cairo_move_to(cairo, kLeft + 12, y + 6);
+    pango_cairo_show_layout(cairo, layout);
+    return panelHeight;
+}
+
+void drawIcon(cairo_t* cairo, const char* path) {
+    cairo_surface_t* icon = cairo_image_surface_create_from_png(path);
+    check(cairo_surface_status(icon) == CAIRO_STATUS_SUCCESS);
+    cairo_save(cairo);
+    trace(cairo, kMargin, kMargin, kIcon, kIcon, 8);
+    cairo_clip(cairo);
+    cairo_translate(cairo, kMargin, kMargin);
+    const double scale = kIcon / cairo_image_surface_get_width(icon);
+    cairo_scale(cairo, scale, scale);
+    cairo_set_source_surface(cairo, icon, 0, 0);
+    cairo_paint(cairo);
+    cairo_restore(cairo);
 }
 
 void drawPicture(cairo_t* cairo, const char* path, double y, double width, double scale) {
@@ -136,7 +182,7 @@ void writePNG(cairo_surface_t* surface, const char* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    check(argc == 7 || argc == 8);
+    check(argc == 10);
     const double width = std::atof(argv[2]);
     const double height = std::atof(argv[3]);
     const double scale = std::atof(argv[4]);
@@ -148,11 +194,13 @@ int main(int argc, char** argv) {
     cairo_paint(cairo);
     cairo_set_source_rgb(cairo, 0, 0, 0);
     PangoContext* context = fonts();
-    const double room = width - 2 * kMargin;
+    const double room = width - kMargin - kLeft;
+    drawIcon(cairo, argv[8]);
     double y = kMargin;
-    y += drawText(cairo, context, argv[5], kTitleSize, PANGO_WEIGHT_BOLD, y, room);
-    y += drawText(cairo, context, argv[6], kBodySize, PANGO_WEIGHT_NORMAL, y, room);
-    if (argc == 8) drawPicture(cairo, argv[7], y + kMargin, width, scale);
+    y += drawText(cairo, context, argv[5], PANGO_WEIGHT_BOLD, y, room) + 4;
+    y += drawText(cairo, context, argv[6], PANGO_WEIGHT_NORMAL, y, room) + 8;
+    y += drawTimer(cairo, context, argv[7], y, room);
+    drawPicture(cairo, argv[9], y + kMargin, width, scale);
     cairo_surface_flush(surface);
     writePNG(surface, argv[1]);
     std::_Exit(EXIT_SUCCESS);

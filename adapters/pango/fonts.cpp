@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 
 #include "adapters/pango/handles.h"
@@ -127,31 +128,51 @@ ConfigHandle parsed(const std::string& text) {
     return config;
 }
 
-bool isCached(const char* folder, FcConfig* config) {
-    FcCache* cache = FcDirCacheLoad(bytes(folder), config, nullptr);
-    if (cache != nullptr) FcDirCacheUnload(cache);
-    return cache != nullptr;
+// The caches of folders. As long as they are held, whoever wants them gets the same ones.
+class Caches {
+public:
+    Caches() = default;
+    ~Caches() {
+        for (FcCache* cache : held_)
+            FcDirCacheUnload(cache);
+    }
+    Caches(const Caches&) = delete;
+    Caches& operator=(const Caches&) = delete;
+
+    bool describe(const char* folder, FcConfig* config) {
+        FcCache* cache = FcDirCacheLoad(bytes(folder), config, nullptr);
+        if (cache != nullptr) held_.push_back(cache);
+        return cache != nullptr;
+    }
+
+private:
+    std::vector<FcCache*> held_;
+};
+
+// Of the common files, those in these folders.
+ConfigHandle commonFilesIn(const std::vector<std::string>& folders) {
+    std::vector<std::string> globs;
+    for (const File& file : kCommonFiles) {
+        if (std::ranges::find(folders, file.folder) != folders.end()) globs.push_back(pathOf(file));
+    }
+    return parsed(configuration(folders, globs));
 }
 
 // Looking through a folder of 300 fonts takes half a second when no cache describes it, so of such
 // a folder only the files themselves are read (10 ms).
 ConfigHandle commonConfiguration() {
-    const ConfigHandle caches = parsed(configuration({}, {}));
-    std::vector<std::string> folders;
-    std::vector<std::string> globs;
-    for (const char* folder : {kInterFolder, kNotoFolder, kMonoFolder}) {
-        if (isCached(folder, caches.get())) folders.emplace_back(folder);
-    }
-    const auto isListed = [&](const File& file) {
-        return std::ranges::find(folders, file.folder) != folders.end();
-    };
-    for (const File& file : kCommonFiles) {
-        if (isListed(file)) globs.push_back(pathOf(file));
-    }
-    ConfigHandle config = parsed(configuration(folders, globs));
+    const std::vector<std::string> folders = {kInterFolder, kNotoFolder, kMonoFolder};
+    std::vector<std::string> described;
+    ConfigHandle config = commonFilesIn(folders);
+    Caches caches;
+    std::ranges::copy_if(folders, std::back_inserter(described), [&](const std::string& folder) {
+        return caches.describe(folder.c_str(), config.get());
+    });
+    if (described != folders) config = commonFilesIn(described);
     FcConfigBuildFonts(config.get());
     for (const File& file : kCommonFiles) {
-        if (!isListed(file)) FcConfigAppFontAddFile(config.get(), bytes(pathOf(file)));
+        const bool isDescribed = std::ranges::find(described, file.folder) != described.end();
+        if (!isDescribed) FcConfigAppFontAddFile(config.get(), bytes(pathOf(file)));
     }
     return config;
 }
