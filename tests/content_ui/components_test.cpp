@@ -198,6 +198,12 @@ TEST_F(ComponentsTest, SoundPlaysPausesAndReturnsToItsStart) {
     EXPECT_EQ(state(), "00:00 01:05 0 cvn-pn-audio-play");
     press();
     EXPECT_EQ(player()->rate(), 1) << "ready to be played again";
+    press();
+    slider.setValue(65.9);
+    component->audioSeekEvent(slider);
+    press();
+    memory_.dispatch.advance(2);
+    EXPECT_EQ(state(), "00:02 01:05 2 cvn-pn-audio-pause") << "from the start, not from the end";
 }
 
 TEST_F(ComponentsTest, SoundWithoutAFileOrALengthStaysQuiet) {
