@@ -36,9 +36,13 @@ constexpr int kBandPixels = 1'500'000;
 // is drawn loses pixels at its own edges, which Cairo then cuts to whole ones.
 constexpr int kMargin = 256;
 
-bool isDrawable(const Color& color) {
+bool isFinite(const Color& color) {
     return std::isfinite(color.red) && std::isfinite(color.green) && std::isfinite(color.blue) &&
-           color.alpha > 0;
+           std::isfinite(color.alpha);
+}
+
+bool isDrawable(const Color& color) {
+    return isFinite(color) && color.alpha > 0;
 }
 
 void require(double width, double height, double scale, bool holds) {
@@ -275,9 +279,9 @@ void Canvas::fill(const Rect& rect, double cornerRadius, const Gradient& gradien
     const auto& [colors, start, end] = gradient;
     if (colors.empty()) return;
     if (colors.size() == 1 || start == end) return fill(rect, cornerRadius, colors.back());
-    const bool isFinite = std::isfinite(start.x) && std::isfinite(start.y) &&
-                          std::isfinite(end.x) && std::isfinite(end.y);
-    if (!surface_->reaches(rect) || !isFinite) return;
+    const bool hasLine = std::isfinite(start.x) && std::isfinite(start.y) && std::isfinite(end.x) &&
+                         std::isfinite(end.y);
+    if (!surface_->reaches(rect) || !hasLine || !std::ranges::all_of(colors, isFinite)) return;
     const PatternHandle pattern(
         cairo_pattern_create_linear(rect.x + start.x * rect.width, rect.y + start.y * rect.height,
                                     rect.x + end.x * rect.width, rect.y + end.y * rect.height));

@@ -430,6 +430,7 @@ TEST(PixelCanvas, PutsColoursWhereTheyBelong) {
              c.fill({0, 0, 9, 9}, 0, Color{nan, 0, 0});
              c.fill({0, 0, -9, 9}, 0, red);
              c.fill({0, 0, 9, 9}, 0, Gradient{});
+             c.fill({0, 0, 9, 9}, 0, Gradient{{red, Color{0, nan, 0}}, {0, 0}, {1, 1}});
              c.drawImage(nullptr, {0, 0, 9, 9}, {});
              c.drawImage(std::make_shared<platform::Image>(platform::Image{9, 9, {1}}),
                          {0, 0, 9, 9}, {});
