@@ -7,7 +7,7 @@
 namespace tavrolin {
 
 /// The downloaded animated picture, as high as it is at the view's width. Outlets:
-/// animatedImageView, imageHeightConstraint, topHeaderView (a thin view at the picture's top, shown
+/// animatedImageView, imageHeightConstraint, topHeaderView (a hairline above the picture, shown
 /// with it).
 class CVNGifComponent : public CVNBaseComponentView {
 public:

@@ -7,7 +7,7 @@
 namespace tavrolin {
 
 /// The downloaded picture, as high as it is at the view's width. Outlets: imageView,
-/// imageHeightConstraint, topHeaderImageView (a thin view at the picture's top, shown with it).
+/// imageHeightConstraint, topHeaderImageView (a hairline above the picture, shown with it).
 class CVNImageComponent : public CVNBaseComponentView {
 public:
     std::string_view className() const override { return "CVNImageComponent"; }
