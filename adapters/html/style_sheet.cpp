@@ -109,16 +109,16 @@ void StyleSheet::add(std::string_view text) {
     const std::string clean = withoutComments(text);
     std::string_view rest = clean;
     while (!(rest = withoutBlanks(rest)).empty()) {
-        const std::size_t open = rest.find('{');
-        const std::size_t semicolon = rest.find(';');
-        if (rest.front() == '@' && semicolon < open) {  // @import and the like
-            rest.remove_prefix(semicolon + 1);
+        // Nothing is looked for beyond what ends the statement: that would take the square of time.
+        const bool isAtRule = rest.front() == '@';
+        const std::size_t open = rest.find_first_of(isAtRule ? "{;" : "{");
+        if (open == kNone) return;
+        if (rest[open] == ';') {  // @import and the like
+            rest.remove_prefix(open + 1);
             continue;
         }
-        if (open == kNone) return;
         const std::size_t end = endOfBlock(rest, open);
-        if (rest.front() != '@')
-            addRules(rest.substr(0, open), rest.substr(open + 1, end - open - 1));
+        if (!isAtRule) addRules(rest.substr(0, open), rest.substr(open + 1, end - open - 1));
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
 }
