@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include "adapters/html/html_importer.h"
+#include "adapters/pango/typesetter.h"
 #include "tavrolin/content_ui/code_points.h"
 #include "tavrolin/content_ui/emoji_utility.h"
 #include "tavrolin/core/shared_utility.h"
@@ -125,6 +127,22 @@ TEST_F(TextTest, CountsLinesAndSetsPlainOnesOff) {
     EXPECT_EQ(processed({}, false), Value());
     EXPECT_EQ(processed(7, false), Value(7));
     EXPECT_TRUE(memory_.logSink.contains("(FATAL) CVNSharedUtility: Exception in processedText: "));
+}
+
+TEST_F(TextTest, CountsLinesInWhateverFontTheirLettersAre) {
+    adapters::html::HTMLImporter importer;
+    adapters::pango::Typesetter typesetter;
+    platform::Platform ports = memory_.platform();
+    ports.drawing.htmlImporter = &importer;
+    ports.drawing.typesetter = &typesetter;
+    platform::install(ports);
+    for (const char* text : {"Sale", "🎉 Sale", "שלום לכולם", "مرحبا بكم", "日本語のお知らせ"}) {
+        EXPECT_EQ(lines({}, text, 291), 1) << text;
+        EXPECT_EQ(lines(text, {}, 291), 1) << text;
+        EXPECT_EQ(utility().processedText(text, false, 291, false), Value(text));
+    }
+    EXPECT_EQ(lines({}, "مرحبا\nمرحبا\nمرحبا\nمرحبا\nمرحبا\nمرحبا\nمرحبا\nمرحبا", 291), 8);
+    EXPECT_EQ(lines("<span style='font-size: 40px'>Sale</span>", {}, 291), 3);
 }
 
 TEST_F(TextTest, TellsWhetherThereIsNothingButEmoji) {
