@@ -4,8 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "tavrolin/content_ui/code_points.h"
 #include "tavrolin/core/logger.h"
+#include "tavrolin/foundation/utf8.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/platform/typesetter.h"
 
@@ -72,10 +72,12 @@ bool CVNEmojiUtility::containsEmoji(const platform::StyledText& text) {
     guard("+[CVNEmojiUtility containsEmoji:]",
           "CVNEmojiUtility Could not execute due to exception = %@", [&] {
               const CharacterSet emoji = customEmojiCharacterSet();
-              const std::u32string characters = codePoints(text.string);
-              onlyEmoji = std::all_of(characters.begin(), characters.end(), [&](char32_t each) {
-                  return each == ' ' || each == '\t' || each == '\n' || emoji.contains(each);
-              });
+              std::string_view rest = text.string;
+              onlyEmoji = true;
+              while (onlyEmoji && !rest.empty()) {
+                  const char32_t each = foundation::takeCharacter(rest);
+                  onlyEmoji = each == ' ' || each == '\t' || each == '\n' || emoji.contains(each);
+              }
           });
     return onlyEmoji;
 }

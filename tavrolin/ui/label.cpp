@@ -7,6 +7,7 @@
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/ui/drawing.h"
 #include "tavrolin/ui/property_values.h"
+#include "tavrolin/ui/text_direction.h"
 #include "tavrolin/ui/value_text.h"
 
 namespace tavrolin::ui {
@@ -20,38 +21,6 @@ namespace {
 
 // What a label that fits may be lower than its text, since frames lie on the pixel grid.
 constexpr double kRoundingSlack = 0.51;
-
-enum class Direction : std::int8_t { none, leftToRight, rightToLeft };
-
-// Of the first character that has one.
-Direction directionOf(std::string_view text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte < 0x80) {
-            if ((byte | 0x20U) >= 'a' && (byte | 0x20U) <= 'z') return Direction::leftToRight;
-            continue;
-        }
-        if (byte < 0xC0 || i + 1 >= text.size()) continue;
-        const unsigned next = static_cast<unsigned char>(text[i + 1]) & 0x3FU;
-        if (byte >= 0xD6 && byte <= 0xDF) {  // Hebrew, Arabic and their neighbours
-            const unsigned character = (byte & 0x1FU) << 6U | next;
-            if (character >= 0x590 && character < 0x800) return Direction::rightToLeft;
-        }
-        if (byte == 0xE0 && next < 0x24) return Direction::rightToLeft;  // U+0800 to U+08FF
-        if (byte == 0xEF && i + 2 < text.size()) {
-            const unsigned character =
-                0xF000U | next << 6U | (static_cast<unsigned char>(text[i + 2]) & 0x3FU);
-            if ((character >= 0xFB1D && character <= 0xFDFF) ||
-                (character >= 0xFE70 && character <= 0xFEFC)) {
-                return Direction::rightToLeft;
-            }
-        }
-        // Punctuation, symbols and emoji have none.
-        const bool isSymbol = byte == 0xE2 || byte == 0xF0 || (byte == 0xC2 && next < 0x2A);
-        if (!isSymbol && byte >= 0xC2) return Direction::leftToRight;
-    }
-    return Direction::none;
-}
 
 // Of letters that run from left to right alone, and of none.
 bool isLatin(std::string_view text) {
@@ -230,8 +199,8 @@ Label::LayoutRef Label::layoutFor(Size size) const {
 }
 
 bool Label::startsRightToLeft() const {
-    const Direction direction = directionOf(text());
-    if (direction != Direction::none) return direction == Direction::rightToLeft;
+    const TextDirection direction = directionOf(text());
+    if (direction != TextDirection::none) return direction == TextDirection::rightToLeft;
     return effectiveLayoutDirection() == LayoutDirection::rightToLeft;
 }
 

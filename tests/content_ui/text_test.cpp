@@ -2,7 +2,6 @@
 
 #include "adapters/html/html_importer.h"
 #include "adapters/pango/typesetter.h"
-#include "tavrolin/content_ui/code_points.h"
 #include "tavrolin/content_ui/emoji_utility.h"
 #include "tavrolin/core/shared_utility.h"
 #include "tavrolin/ui/label.h"
@@ -167,13 +166,6 @@ TEST_F(TextTest, TellsWhetherThereIsNothingButEmoji) {
     EXPECT_TRUE(font.contains(0x1F600));
     for (const char out : {' ', '0', '5', '9', '#', '*'})
         EXPECT_FALSE(font.contains(out)) << out;
-}
-
-TEST_F(TextTest, FindsWhereATextBegins) {
-    for (const char* text : {"שלום", "  42 – «שלום» hello", "🎉 سلام"})
-        EXPECT_TRUE(startsRightToLeft(text)) << text;
-    for (const char* text : {"hello שלום", "", "123", "é", "日本 שלום", "🎉 Привет"})
-        EXPECT_FALSE(startsRightToLeft(text)) << text;
 }
 
 TEST_F(TextTest, OnlyOneKindOfMultiImageLayoutHasIconAndText) {

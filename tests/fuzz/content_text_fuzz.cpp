@@ -6,12 +6,12 @@
 #include "adapters/html/html_importer.h"
 #include "adapters/memory/memory_platform.h"
 #include "adapters/memory/recording_canvas.h"
-#include "tavrolin/content_ui/code_points.h"
 #include "tavrolin/content_ui/color_utility.h"
 #include "tavrolin/content_ui/emoji_utility.h"
 #include "tavrolin/core/shared_utility.h"
 #include "tavrolin/foundation/utf8.h"
 #include "tavrolin/ui/label.h"
+#include "tavrolin/ui/text_direction.h"
 
 namespace {
 
@@ -54,8 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     static MemoryPlatform& memory = installed();
     const std::string text(reinterpret_cast<const char*>(bytes), size);
     require(CVNColorUtility::colorFromHexString(text).has_value() == !text.empty());
-    require(tavrolin::codePoints(text).size() <= text.size());
-    tavrolin::startsRightToLeft(text);
+    tavrolin::ui::directionOf(text);
     tavrolin::CVNEmojiUtility::containsEmoji(tavrolin::platform::StyledText::plain(text, {}));
 
     auto& utility = CVNSharedUtility::sharedInstance();

@@ -8,6 +8,7 @@
 #include "tavrolin/ui/gesture_recognizer.h"
 #include "tavrolin/ui/image_view.h"
 #include "tavrolin/ui/scroll_view.h"
+#include "tavrolin/ui/text_direction.h"
 #include "tavrolin/ui/tree_text.h"
 #include "tests/ui/ui_test.h"
 
@@ -282,6 +283,36 @@ TEST_F(ViewTest, LabelsShowWhatFits) {
     text->setText("plain");
     EXPECT_FALSE(text->attributedText());
     EXPECT_THAT(lines(200, 12), ElementsAre("text \"plain\" at 87.5,0 #000000FF"));
+}
+
+TEST_F(ViewTest, ATextsFirstLetterTellsItsDirection) {
+    using ui::TextDirection;
+    struct Case {
+        TextDirection direction;
+        std::vector<const char*> texts;
+    };
+    const Case cases[] = {
+        {TextDirection::rightToLeft,
+         {"שלום", "  42 – «שלום» hello", "🎉 سلام", "٣ كتب", "ދިވެހި", "𞤀𞤁", "\u200F42",
+          "\uFEB3"}},
+        {TextDirection::leftToRight, {"hello שלום", "é", "日本 שלום", "🎉 Привет", "ª", "𝐀"}},
+        {TextDirection::none, {"", "123", "«42» — 🎉🏽❤️", "\u0301", "٣", "\xD7"}}};
+    for (const Case& each : cases) {
+        for (const char* text : each.texts)
+            EXPECT_EQ(ui::directionOf(text), each.direction) << text;
+    }
+    // Where the text says nothing, the surroundings do.
+    const auto shown = label("", 0);
+    const auto alignment = [&](const char* text) {
+        shown->setText(text);
+        foundation::Value described;
+        shown->describe(described);
+        return std::string(described["alignment"].string());
+    };
+    EXPECT_EQ(alignment("42"), "left");
+    shown->setSemanticContentAttribute(ui::SemanticContentAttribute::forceRightToLeft);
+    EXPECT_EQ(alignment("42"), "right");
+    EXPECT_EQ(alignment("hello"), "left");
 }
 
 // Setting a text takes most of a pass' time.

@@ -2,7 +2,6 @@
 
 #include <optional>
 
-#include "tavrolin/content_ui/code_points.h"
 #include "tavrolin/content_ui/color_utility.h"
 #include "tavrolin/content_ui/components/countdown.h"
 #include "tavrolin/core/logger.h"
@@ -11,6 +10,7 @@
 #include "tavrolin/platform/dispatch.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/ui/interface_file.h"
+#include "tavrolin/ui/text_direction.h"
 
 namespace tavrolin {
 
@@ -20,7 +20,7 @@ namespace {
 
 // A label that ran out of right-to-left text is aligned to the right; a styled one tells by itself.
 bool runsRightToLeft(const ui::Label& label) {
-    return label.attributedText() ? startsRightToLeft(label.attributedText()->string)
+    return label.attributedText() ? ui::directionOf(label.text()) == ui::TextDirection::rightToLeft
                                   : label.textAlignment() == platform::TextAlignment::right;
 }
 
