@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <random>
 #include <utility>
 
 namespace tavrolin::adapters::memory {
@@ -21,6 +22,8 @@ struct MemoryURLSession::State {
                          .error = Error{"MemoryURLSession", -1003, "the host was not found"}};
     std::vector<URLRequest> requests;
     std::vector<std::weak_ptr<Task>> silent;
+    // Several processes share the folder for temporary files.
+    const unsigned prefix = std::random_device()();
     unsigned long long downloads = 0;
 
     Answer answerTo(const URLRequest& request) {
@@ -32,7 +35,8 @@ struct MemoryURLSession::State {
 
     std::string newPath() {
         const std::lock_guard lock(mutex);
-        return directory + "/CVNmemory" + std::to_string(++downloads) + ".tmp";
+        return directory + "/CVN" + std::to_string(prefix) + "-" + std::to_string(++downloads) +
+               ".tmp";
     }
 };
 
