@@ -62,6 +62,7 @@ constexpr double kGoal = 1.3;
 
 const std::string kSource = TAVROLIN_SOURCE_DIR;
 const std::string kBinary = TAVROLIN_BINARY_DIR;
+const std::string kFilm = kSource + "/examples/media/clip.avi";
 
 // --- The ports of a content extension, with what is measured as it is ---------------------------
 
@@ -86,6 +87,17 @@ struct Ports {
         ports.drawing.languageRecognizer = &languages;
         ports.drawing.typesetter = &typesetter;
         platform::install(ports);
+        memory.mediaPlayers.setFile(
+            kFilm,
+            {.duration = 10, .picture = [picture = filmPicture()](double) { return picture; }});
+    }
+
+private:
+    // A film's picture at the size that is shown, as a player hands it over.
+    platform::ImageRef filmPicture() {
+        const auto source = images.sourceWithFile(kSource + "/examples/media/landscape-2.jpg");
+        constexpr auto kPixels = static_cast<std::uint32_t>(kWidth * kScale);
+        return source->imageAtIndex(0, kPixels, kPixels);
     }
 };
 
@@ -406,7 +418,8 @@ constexpr Example kExamples[] = {{"layout_01", "long-text.json", nullptr},
                                  {"layout_23", "overlay.json", "landscape-3.jpg"},
                                  {"layout_24", "small-image.json", "portrait-1.jpg"},
                                  {"layout_41", "gif.json", "spinner.gif"},
-                                 {"layout_51", "audio.json", "chime.wav"}};
+                                 {"layout_51", "audio.json", "chime.wav"},
+                                 {"layout_61", "video.json", "clip.avi"}};
 
 void measureLayout(const Example& example) {
     Expanded view(example.file, example.media);
