@@ -8,6 +8,8 @@
 
 #include "device/content_extension/content_extension_process.h"
 #include "device/content_extension_launcher.h"
+#include "tests/support/http_server.h"
+#include "tests/support/pictures.h"
 #include "tests/support/test_device.h"
 
 namespace tavrolin::tests {
@@ -157,6 +159,26 @@ TEST(Expand, AnswersEachActionAndAsksOfTheSystemWhatItMeans) {
             EXPECT_EQ(last["payload"]["repliedText"], Value("see you there"));
         }
     }
+}
+
+TEST(Expand, ARemovalTakesTheNotificationsOwnFilesAlong) {
+    HTTPServer server;
+    server.reply("/banner.jpg", {.body = test::jpeg(64, 40)});
+    const TestDevice device;
+    for (const char* identifier : {"removed", "kept"}) {
+        Value payload = expandable(identifier);
+        Value section = payload["cvnPayload"];
+        section.set("mediaUrl", server.url("/banner.jpg"));
+        payload.set("cvnPayload", section);
+        device.deliver(payload, {"--id", identifier});
+    }
+    const std::string folder = device.folder() + "/system/attachments";
+    ASSERT_EQ(filesIn(folder).size(), 2U);
+    device.look({"expand", "removed", "--do", "press 3", "--png", device.folder() + "-last.png"});
+    EXPECT_EQ(filesIn(folder).size(), 1U);
+    const Value tray = device.look({"tray"});
+    const Value& url = tray.at(0)["content"]["attachments"].at(0)["url"];
+    EXPECT_TRUE(fs::exists(std::string(url.string()).substr(7)));
 }
 
 TEST(Expand, TakesTapsAsAFingerAndLeavesTheRestToTheApp) {
