@@ -230,6 +230,32 @@ TEST_F(LayoutTest, WrappedTextsMakeTheWindowHigher) {
     EXPECT_EQ(other->size().height, 16 + 24);
 }
 
+// While there is no room for it, nobody asks how wide a text would be.
+TEST_F(LayoutTest, ATextThatWrappedTakesItsOwnWidthOnceThereIsRoom) {
+    Controller controller;
+    auto text = label("one two three", 0);
+    text->setOutlet("text");
+    controller.root->addSubview(text);
+    constrain(*controller.root, "text.leading = self.leading");
+    constrain(*controller.root, "text.top = self.top");
+    const auto room = constrain(*controller.root, "text.trailing <= self.trailing - 260");
+    ui::Window window(controller, 300, {});
+    window.layoutIfNeeded();
+    EXPECT_EQ(text->frame(), Rect(0, 0, 40, 24));
+    for (const auto& [words, expected] :
+         {std::pair("four five six", 65.0), std::pair("7\n8", 5.0), std::pair("nine", 20.0)}) {
+        text->setText(words);
+        window.layoutIfNeeded();
+        EXPECT_EQ(text->frame().width, std::min(expected, 40.0)) << words;
+        room->setConstant(0);
+        window.layoutIfNeeded();
+        EXPECT_EQ(text->frame().width, expected) << words;
+        room->setConstant(-260);
+        window.layoutIfNeeded();
+        EXPECT_EQ(text->frame().width, std::min(expected, 40.0)) << words;
+    }
+}
+
 TEST_F(LayoutTest, WhatIsPlacedByFrameStaysThere) {
     const auto held = std::make_shared<View>();
     View& root = *held;
