@@ -37,19 +37,15 @@ std::string htmlFontSize(const Value& size) {
     return size.integerValue() < 1 ? "15" : size.description();
 }
 
-// How many lines of the font the text is as high as. The letters of some scripts and emoji come
-// from other fonts, whose lines are higher but no more for that: what is of the font's size is
-// counted.
-std::int64_t linesOf(const StyledText& text, const platform::Font& font, double width) {
+// The letters of some scripts and emoji come from other fonts, whose lines are higher, but no more
+// for that: a line of a text that is all of the font's size counts as one of the font's.
+double measuredHeight(const StyledText& text, const platform::Font& font, double width) {
     platform::Typesetter& typesetter = *platform::drawing().typesetter;
     const auto layout = typesetter.layout(text, {.width = width});
     const bool isOfItsSize = std::ranges::all_of(text.runs, [&](const platform::TextRun& run) {
         return run.attributes.font.size == font.size;
     });
-    if (isOfItsSize) return layout->lineCount();
-    const double lineHeight = typesetter.lineHeight(font);
-    return lineHeight > 0 ? static_cast<std::int64_t>(std::ceil(layout->size().height / lineHeight))
-                          : 0;
+    return isOfItsSize ? layout->lineCount() * typesetter.lineHeight(font) : layout->size().height;
 }
 
 }  // namespace
@@ -140,14 +136,17 @@ std::int64_t CVNSharedUtility::numberOfLinesForTextWithHTMLText(const Value& htm
     guard("-[CVNSharedUtility numberOfLinesForTextWithHTMLText:andNormalText:isBold:width:]",
           "Line count calculation failed due to %@", [&] {
               const platform::Font font{.size = kTextSize, .bold = isBold};
+              double height = 0;
               if (isThere(htmlText)) {
                   const auto text =
                       getNSAttributedStringFromHTMLString(htmlText, isBold, kSmallestHTML);
-                  if (text) lines = linesOf(*text, font, width);
+                  if (text) height = measuredHeight(*text, font, width);
               } else if (isThere(andNormalText)) {
-                  lines = linesOf(StyledText::plain(andNormalText.string(), {.font = font}), font,
-                                  width);
+                  height = measuredHeight(StyledText::plain(andNormalText.string(), {.font = font}),
+                                          font, width);
               }
+              const double lineHeight = platform::drawing().typesetter->lineHeight(font);
+              if (lineHeight > 0) lines = static_cast<std::int64_t>(std::ceil(height / lineHeight));
           });
     return lines;
 }

@@ -47,12 +47,14 @@ struct ClockedMediaPlayer::State : std::enable_shared_from_this<State> {
         }
     }
 
+    // At once where nothing is left to play.
     void scheduleEnd() {
         if (std::isnan(duration)) return;
-        dispatch.afterMain(duration - start, [weak = weak_from_this(), current = stretch] {
-            const auto self = weak.lock();
-            if (self && self->stretch == current) self->reachEnd();
-        });
+        dispatch.afterMain(std::max(0.0, duration - start),
+                           [weak = weak_from_this(), current = stretch] {
+                               const auto self = weak.lock();
+                               if (self && self->stretch == current) self->reachEnd();
+                           });
     }
 
     void reachEnd() {
@@ -136,8 +138,11 @@ double ClockedMediaPlayer::rate() {
 void ClockedMediaPlayer::play() {
     if (state_->isPlaying || error()) return;
     state_->duration = duration();
-    if (state_->start >= state_->duration) return;
-    state_->moveTo(state_->start, true);
+    if (state_->start >= state_->duration) {
+        state_->scheduleEnd();
+    } else {
+        state_->moveTo(state_->start, true);
+    }
 }
 
 void ClockedMediaPlayer::pause() {

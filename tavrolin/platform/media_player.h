@@ -32,7 +32,7 @@ public:
     /// Why it can't be played; none while it can. Known once something was asked of it.
     virtual std::optional<foundation::Error> error() = 0;
 
-    /// From the present position; at the end it stays there.
+    /// From the present position. At the end it stays there, and soon has reached the end again.
     virtual void play() = 0;
     virtual void pause() = 0;
     /// To within the file: beyond its ends the nearest one; not a number is the start. It goes on

@@ -202,8 +202,10 @@ TEST_F(ComponentsTest, SoundPlaysPausesAndReturnsToItsStart) {
     slider.setValue(65.9);
     component->audioSeekEvent(slider);
     press();
+    EXPECT_EQ(state(), "00:00 01:05 0 cvn-pn-audio-play") << "nothing was left to play";
+    press();
     memory_.dispatch.advance(2);
-    EXPECT_EQ(state(), "00:02 01:05 2 cvn-pn-audio-pause") << "from the start, not from the end";
+    EXPECT_EQ(state(), "00:02 01:05 2 cvn-pn-audio-pause");
 }
 
 TEST_F(ComponentsTest, SoundWithoutAFileOrALengthStaysQuiet) {

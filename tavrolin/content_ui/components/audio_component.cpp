@@ -68,8 +68,6 @@ void CVNAudioComponent::playPauseNotificationEvent(ui::View& /*sender*/) {
     if (!player_) return;
     if (player_->rate() == 0 || player_->error()) {
         setPlayPauseButtonIconFor(kPauseIcon);
-        // Where the slider was drawn to the end there is nothing left to play.
-        if (player_->currentTime() >= player_->duration()) player_->seekToTime(0);
         player_->play();
         addAudioObserver();
     } else {
