@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace tavrolin::adapters::images {
 
@@ -29,15 +30,24 @@ private:
     std::vector<std::uint8_t> bytes_;
 };
 
-class FileSource : public ByteSource {
+// Open for as long as it is read from; a picture that isn't looked at takes no descriptor.
+class OpenFile {
 public:
-    FileSource(int descriptor, std::uint64_t size) : descriptor_(descriptor), size_(size) {}
-    ~FileSource() override { ::close(descriptor_); }
-    FileSource(const FileSource&) = delete;
-    FileSource& operator=(const FileSource&) = delete;
+    explicit OpenFile(const std::string& path)
+        // Without blocking: a pipe's other end may never open.
+        : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+        isRegular_ =
+            descriptor_ >= 0 && ::fstat(descriptor_, &status_) == 0 && S_ISREG(status_.st_mode);
+    }
+    ~OpenFile() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
 
-    std::uint64_t size() const override { return size_; }
-    std::size_t read(std::uint64_t offset, std::uint8_t* to, std::size_t count) const override {
+    bool isRegular() const { return isRegular_; }
+    std::uint64_t size() const { return static_cast<std::uint64_t>(status_.st_size); }
+    std::size_t read(std::uint64_t offset, std::uint8_t* to, std::size_t count) const {
         std::size_t got = 0;
         while (got < count) {
             const ssize_t now =
@@ -51,6 +61,22 @@ public:
 
 private:
     int descriptor_;
+    bool isRegular_ = false;
+    struct stat status_ {};
+};
+
+class FileSource : public ByteSource {
+public:
+    FileSource(std::string path, std::uint64_t size) : path_(std::move(path)), size_(size) {}
+
+    std::uint64_t size() const override { return size_; }
+    std::size_t read(std::uint64_t offset, std::uint8_t* to, std::size_t count) const override {
+        const OpenFile file(path_);
+        return file.isRegular() ? file.read(offset, to, count) : 0;
+    }
+
+private:
+    std::string path_;
     std::uint64_t size_;
 };
 
@@ -62,15 +88,10 @@ std::unique_ptr<ByteSource> memorySource(foundation::Value::Bytes bytes) {
 
 std::unique_ptr<ByteSource> fileSource(std::string_view path) {
     if (path.find('\0') != std::string_view::npos) return nullptr;
-    // Without blocking: a pipe's other end may never open.
-    const int descriptor = ::open(std::string(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) return nullptr;
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        ::close(descriptor);
-        return nullptr;
-    }
-    return std::make_unique<FileSource>(descriptor, static_cast<std::uint64_t>(status.st_size));
+    std::string name(path);
+    const OpenFile file(name);
+    if (!file.isRegular()) return nullptr;
+    return std::make_unique<FileSource>(std::move(name), file.size());
 }
 
 std::size_t ByteStream::read(std::uint8_t* to, std::size_t count) {

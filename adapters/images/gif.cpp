@@ -277,6 +277,11 @@ public:
         return drawTo(index) ? reduced(canvas_->image(), fitted) : nullptr;
     }
 
+    void forgetFrames() override {
+        pass_.reset();
+        canvas_.reset();
+    }
+
     std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) override {
         if (index >= count()) return std::nullopt;
         return timings_[index];

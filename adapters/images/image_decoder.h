@@ -8,7 +8,7 @@ namespace tavrolin::adapters::images {
 ///
 /// Files are taken as hostile: no picture of more than 100 megapixels, no more than the first 4,096
 /// frames, and no memory for a picture that the file's bytes can't fill. Files are read as they are
-/// decoded, never as a whole (a WebP excepted).
+/// decoded, never as a whole (a WebP excepted), and open no longer than that.
 ///
 /// A photo is turned as its camera says. Made to fit, a JPEG is decoded in eighths of its size, and
 /// all others row by row, so that none takes the memory of the whole picture; but a lossless WebP

@@ -43,6 +43,9 @@ public:
     /// back starts again. The first image takes memory for what comes back, not for the file's
     /// picture; from the second on, one canvas is kept.
     virtual ImageRef imageAtIndex(std::size_t index, std::uint32_t width, std::uint32_t height) = 0;
+    /// Lets go of what is kept in order to go on from the last frame; what is left takes no pixels
+    /// and no open file.
+    virtual void forgetFrames() {}
     /// Nothing when the frame has no GIF properties (a still picture, a frame that is missing).
     virtual std::optional<GIFTiming> gifTimingAtIndex(std::size_t index) = 0;
 };

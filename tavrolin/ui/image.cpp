@@ -67,6 +67,10 @@ public:
     ImageRef pixels(Size shownPixels, double elapsed) override {
         return decoded_.fitting(*source_, frameAt(elapsed), shownPixels);
     }
+    void forgetPixels() override {
+        decoded_ = Decoded();
+        source_->forgetFrames();
+    }
 
 private:
     std::uint32_t frameAt(double elapsed) const {
@@ -112,6 +116,7 @@ public:
         }
         return nullptr;
     }
+    void forgetPixels() override { decoded_ = Decoded(); }
 
     static ImageSource* opened(File& file) {
         if (!std::exchange(file.wasOpened, true)) {

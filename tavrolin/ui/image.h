@@ -38,6 +38,9 @@ public:
     /// The pixels to draw on so many, `elapsed` seconds after it came on screen; null when they
     /// can't be decoded.
     virtual platform::ImageRef pixels(platform::Size shownPixels, double elapsed) = 0;
+    /// Lets go of what was decoded, so that a picture that is out of sight takes next to nothing.
+    /// It is decoded anew when it is drawn again.
+    virtual void forgetPixels() = 0;
 
 protected:
     explicit Image(std::string_view name) : name_(name) {}

@@ -394,9 +394,38 @@ protected:
         std::ofstream(path, std::ios::binary) << file;
         return ImageDecoder().decodes(path.string());
     }
+    std::unique_ptr<ImageSource> openedFile(const std::string& bytes) const {
+        const auto path = folder_ / "picture";
+        std::ofstream(path, std::ios::binary) << bytes;
+        return ImageDecoder().sourceWithFile(path.string());
+    }
 
     std::filesystem::path folder_;
 };
+
+// A carousel holds hundreds of them.
+TEST_F(DecodesTest, PicturesThatAreNotReadHoldNoFileOpen) {
+    const std::filesystem::directory_iterator end;
+    const auto openFiles = [&] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), end);
+    };
+    const auto before = openFiles();
+    std::vector<Still> files = stills(30, 20);
+    files.push_back({"gif", gif(1, 1, {plainFrame(1, 1, 'r', 1), plainFrame(1, 1, 'b', 1)}), true});
+    for (const Still& file : files) {
+        const auto source = openedFile(file.file);
+        ASSERT_NE(source, nullptr) << file.what;
+        const std::size_t last = source->count() - 1;
+        const ImageRef first = wholeImage(*source, last);
+        ASSERT_NE(first, nullptr) << file.what;
+        EXPECT_EQ(openFiles(), before) << file.what;
+        source->forgetFrames();
+        EXPECT_EQ(wholeImage(*source, last)->pixels, first->pixels) << file.what;
+        source->forgetFrames();
+        std::filesystem::remove(folder_ / "picture");
+        EXPECT_EQ(wholeImage(*source, last), nullptr) << file.what;
+    }
+}
 
 TEST_F(DecodesTest, BelievesBytesNotNames) {
     for (const Still& still : stills(300, 200)) {

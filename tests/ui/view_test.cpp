@@ -232,6 +232,11 @@ TEST_F(ViewTest, PicturesAreDecodedAtTheSizeThatIsShown) {
     view->setFrame({0, 0, 30.2, 50});
     drawn(*view);
     EXPECT_THAT(source.takeRequests(), ElementsAre("0: 200x100", "0: 61x100"));
+    const std::weak_ptr<const platform::Image> pixels = view->image()->pixels({61, 100}, 0);
+    view->image()->forgetPixels();
+    EXPECT_TRUE(pixels.expired());
+    drawn(*view);
+    EXPECT_THAT(source.takeRequests(), ElementsAre("0: 61x100"));
 }
 
 TEST_F(ViewTest, ControlsKeepToTheirBounds) {
