@@ -106,16 +106,24 @@ Device::Device(DeviceOptions options)
     : options_(std::move(options)), folder_(options_.folder), clock_(folder_), storage_(folder_) {
     if (options_.expands) startContentExtension();
     folder_.make();
+    const bool clockIsDamaged = clock_.isDamaged();
+    if (options_.now) setClock(*options_.now);
     platform_ = std::make_unique<ProcessPlatform>(folder_, "device",
                                                   adapters::asio::Clock::jumping(clock_.now()));
     static auto* center = new SystemNotificationCenter(platform_->makeNotificationCenter({}));
     platform_->install({.center = *center}, options_.logLevel);
-    if (clock_.isDamaged()) {
+    if (clockIsDamaged) {
         log(LogLevel::warn, "-[Device Device:]",
-            "The device's clock can't be read; it begins anew at the machine's time");
+            "The device's clock can't be read; it begins anew");
     }
     run_.emplace(folder_.system() + "/commands/" + randomIdentifier(), [this] { tidyUp(); });
     firedAtStart_ = fireUntil(clock_.now());
+}
+
+// A jumping clock stands still but for the jumps, so that the same command shows the same twice.
+void Device::setClock(Date date) {
+    clock_.set(date);
+    if (options_.time == TimeMode::jump) clock_.stop();
 }
 
 void Device::tidyUp() {

@@ -23,6 +23,7 @@ class ProcessPlatform;
 struct DeviceOptions {
     std::string folder;
     TimeMode time = TimeMode::real;
+    std::optional<foundation::Date> now = std::nullopt;  // what the clock is set to at the start
     int logLevel = 4;
     std::string executable = "/proc/self/exe";  // what is started for the app's processes
     std::string contentExtension = {};          // what draws; empty: the one beside this program
@@ -105,6 +106,7 @@ private:
     foundation::Value deliverSilently(const platform::NotificationRequest& request);
     foundation::Value deliverThroughExtension(platform::NotificationRequest request,
                                               bool isRecognised);
+    void setClock(foundation::Date date);
     /// Removes the files that killed commands left.
     void tidyUp();
     /// Puts the request on the tray, and before the app when that is in the foreground. What fell

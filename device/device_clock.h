@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "device/device_folder.h"
 #include "tavrolin/foundation/date.h"
 
@@ -12,6 +15,12 @@ class DeviceClock {
 public:
     explicit DeviceClock(const DeviceFolder& folder);
 
+    /// Takes the clock to the date. Throws DeviceError when it is beyond that already; a new
+    /// device's begins wherever it is set.
+    void set(foundation::Date date) const;
+    /// From here on no time passes, as this object sees it, but what it is taken ahead.
+    void stop() { isStopped_ = true; }
+
     /// The time now; for a new device the machine's.
     foundation::Date now() const;
     /// Whether what was kept can't be read any more; the machine's time is taken then.
@@ -21,7 +30,17 @@ public:
     void reach(foundation::Date date) const;
 
 private:
+    class File;
+    // The device's time and the machine's time when it was written down.
+    struct Reading {
+        double device = 0;
+        double machine = 0;
+    };
+
+    double presentTime(const std::optional<Reading>& reading) const;
+
     std::string file_;
+    bool isStopped_ = false;
 };
 
 /// The machine's time.

@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "device/device_error.h"
+#include "tavrolin/events/date_utility.h"
+#include "tavrolin/foundation/date.h"
 #include "tavrolin/foundation/utf8.h"
 
 namespace tavrolin::apps {
@@ -40,7 +42,21 @@ bool isUpTo(double most, const std::string& text) {
     return error == std::errc() && next == end && number > 0 && number <= most;
 }
 
+// Of a text such as "2026-11-24T08:00:00", in UTC. No year 0: no device's clock is there.
+std::optional<foundation::Date> momentOf(const std::string& text) {
+    return text.starts_with("0000") ? std::nullopt : CVNPushDateUtility::dateFromString(text);
+}
+
 }  // namespace
+
+device::DeviceOptions Arguments::options() const {
+    device::DeviceOptions result;
+    result.folder = device ? *device : device::defaultDeviceFolder();
+    result.time = time == "jump" ? device::TimeMode::jump : device::TimeMode::real;
+    if (now) result.now = momentOf(*now);
+    result.logLevel = logLevel;
+    return result;
+}
 
 device::ExpandOrder Arguments::expandOrder() const {
     device::ExpandOrder order = expansion;
@@ -161,6 +177,10 @@ std::string pictureFile(const std::string& name) {
 
 std::string duration(const std::string& text) {
     return secondsOf(text) ? "" : "no duration such as 30s, 5m, 2h or 31d";
+}
+
+std::string moment(const std::string& text) {
+    return momentOf(text) ? "" : "no moment such as 2026-11-24T08:00:00";
 }
 
 }  // namespace tavrolin::apps

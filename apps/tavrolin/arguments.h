@@ -16,6 +16,7 @@ namespace tavrolin::apps {
 struct Arguments {
     std::optional<std::string> device;
     std::string time = "real";
+    std::optional<std::string> now;
     int logLevel = 4;
     bool json = false;
     std::string file;
@@ -34,13 +35,7 @@ struct Arguments {
     device::ExpandOrder expansion;
     std::vector<std::string> steps;
 
-    device::DeviceOptions options() const {
-        device::DeviceOptions result;
-        result.folder = device ? *device : device::defaultDeviceFolder();
-        result.time = time == "jump" ? device::TimeMode::jump : device::TimeMode::real;
-        result.logLevel = logLevel;
-        return result;
-    }
+    device::DeviceOptions options() const;
     std::optional<std::size_t> limit() const {
         return noLimit ? std::nullopt : std::optional(device::Device::kLargestPayload);
     }
@@ -74,6 +69,7 @@ std::string notEmpty(const std::string& folder);
 std::string utf8(const std::string& text);
 std::string hexadecimal(const std::string& text);
 std::string duration(const std::string& text);
+std::string moment(const std::string& text);
 std::string expandStep(const std::string& text);
 std::string viewWidth(const std::string& text);
 std::string viewScale(const std::string& text);

@@ -109,6 +109,10 @@ void Commands::addOptions(CLI::App& app) {
                    "real: delays take their time; jump: the clock moves to the next timer")
         ->check(CLI::IsMember({"real", "jump"}))
         ->take_last();
+    app.add_option("--now", arguments_.now,
+                   "set the device's clock to this moment (UTC) first, such as 2026-11-24T08:00:00")
+        ->check(moment)
+        ->take_last();
     app.add_option("--log", arguments_.logLevel,
                    "the log threshold, 0 (all) to 9; lines go to standard error (default 4)")
         ->check(CLI::Range(0, 9))

@@ -263,6 +263,41 @@ TEST(CommandLine, BeginsADamagedClockAnew) {
     }
 }
 
+TEST(CommandLine, BeginsAtAGivenMomentAndStandsStillThere) {
+    const TestDevice device;
+    const auto advance = [&](const char* now) {
+        return device.run({"--now", now, "advance", "90s"});
+    };
+    // A new device's clock begins anywhere, whatever the machine's says.
+    const ProgramResult early = advance("1999-12-31T23:59:00");
+    EXPECT_EQ(parsedJSON(early.output)["now"], Value("2000-01-01T00:00:30")) << early.errors;
+    const ProgramResult back = advance("2000-01-01T00:00:29");
+    EXPECT_EQ(back.status, 1);
+    EXPECT_THAT(back.errors, HasSubstr("the device's clock is at 2000-01-01T00:00:3"));
+    EXPECT_EQ(std::count(back.errors.begin(), back.errors.end(), '\n'), 1);
+    EXPECT_EQ(parsedJSON(advance("9999-12-31T23:00:00").output)["now"],
+              Value("9999-12-31T23:01:30"));
+    for (const char* text : {"", "noon", "2026-11-24", "2026-02-30T00:00:00", "0000-01-01T00:00:00",
+                             "2026-11-24T08:00:00Z"})
+        EXPECT_EQ(advance(text).status, 2) << text;
+}
+
+TEST(CommandLine, LetsNoTimePassBesideTheDelaysOnAClockThatWasSet) {
+    const auto clockAfter = [](std::string_view time, std::vector<std::string> command) {
+        const TestDevice device;
+        command.insert(command.begin(),
+                       {"--time", std::string(time), "--now", "2026-11-24T08:00:00"});
+        const ProgramResult result = device.run(command, compactJSON(pushPayload("t-1")));
+        EXPECT_EQ(result.status, 0) << result.errors;
+        return std::stod(fileText(device.folder() + "/system/clock"));
+    };
+    constexpr double kMoment = 1795507200;
+    // The extension's flush of events comes three seconds after the delivery.
+    EXPECT_EQ(clockAfter("jump", {"deliver", "-"}), kMoment + 3);
+    EXPECT_EQ(clockAfter("jump", {"advance", "0s"}), kMoment);
+    EXPECT_GT(clockAfter("real", {"advance", "0s"}), kMoment);
+}
+
 TEST(CommandLine, AddsUpTheTimeOfCommandsThatRunAtOnce) {
     const TestDevice device;
     const std::string before(device.look({"advance", "0s"})["now"].string());
