@@ -94,7 +94,12 @@ TEST(Expand, PrintsTheViewInTheContractsForm) {
     EXPECT_EQ(view["layout"], Value("CVNLayout01"));
     EXPECT_EQ(view["size"]["width"], Value(375));
     EXPECT_GT(view["size"]["height"].doubleValue(), 20);
-    EXPECT_EQ(view["nativeActions"], device.look({"categories"}).at(2)["actions"]);
+    std::vector<std::string> actions;
+    for (const Value& action : view["nativeActions"].items())
+        actions.push_back(action["identifier"].description() + ":" +
+                          action["options"].description());
+    EXPECT_THAT(actions, ElementsAre("4:5", "0:4", "1:4", "2:4", "3:2"));
+    EXPECT_EQ(view["nativeActions"].at(0)["textInput"]["buttonTitle"], Value("Reply"));
     EXPECT_EQ(view["responses"], Value::array());
     EXPECT_EQ(view["requests"], Value::array());
 
@@ -105,6 +110,13 @@ TEST(Expand, PrintsTheViewInTheContractsForm) {
     // Looking changes nothing but the clock, and delivers nothing.
     EXPECT_EQ(device.look({"tray"}).count(), 1U);
     EXPECT_EQ(device.look({"events"}).count(), 1U) << "its delivery";
+
+    // Without buttons of its own a notification keeps those of its category.
+    Value plain = expandable("t-2");
+    plain.set("cvnPayload", Value::dictionary({{"type", "Simple"}, {"trid", "t-2"}}));
+    device.deliver(plain, {"--id", "plain"});
+    EXPECT_EQ(device.look({"expand", "plain"})["nativeActions"],
+              device.look({"categories"}).at(2)["actions"]);
 
     // Somebody else's notification has no layout, and an answer that never comes.
     device.deliver(Value::dictionary({{"aps", Value::dictionary({{"alert", "Hello"}})}}),
@@ -193,6 +205,57 @@ TEST(Expand, TakesTapsAsAFingerAndLeavesTheRestToTheApp) {
     EXPECT_EQ(device.look({"outbox"})["deeplinks"], Value::array());
     device.look({"open", "push"});
     EXPECT_EQ(device.look({"outbox"})["openedURLs"], Value::array({"otherapp://offer"}));
+}
+
+// A push to a row of pictures, a tap on the second, the app: three processes.
+TEST(Expand, ATappedPictureLeadsToItsOwnLink) {
+    HTTPServer server;
+    server.reply("/look.jpg", {.body = test::jpeg(64, 40)});
+    const TestDevice device;
+    const auto item = [&](const char* link) {
+        return Value::dictionary({{"imgUrl", server.url("/look.jpg")}, {"imgDeeplink", link}});
+    };
+    Value payload = pushPayload(
+        "looks",
+        Value::dictionary(
+            {{"type", "CarouselPortrait"},
+             {"deeplink", "otherapp://looks"},
+             {"carousel", Value::array({item("otherapp://coat"), item("otherapp://boots")})}}));
+    payload.set("cvnUi", Value::dictionary({{"lid", 92}}));
+    const auto openedAfter = [&](const char* step) {
+        device.deliver(payload, {"--id", "push"});
+        const Value view = device.look({"expand", "push", "--do", step});
+        device.look({"open", "push"});
+        return strings(view["requests"]);
+    };
+    EXPECT_THAT(openedAfter("tap-on imageSlot1"), ElementsAre("open"));
+    EXPECT_THAT(openedAfter("tap-on imageSlot2"), ElementsAre()) << "it has no picture";
+    EXPECT_EQ(device.look({"outbox"})["openedURLs"],
+              Value::array({"otherapp://boots", "otherapp://looks"}));
+}
+
+// It does its own work, yet the link is the one at the place of the last tapped picture, the first
+// where there was none.
+TEST(Expand, ATappedButtonDoesItsWorkAndLeadsToTheFirstLink) {
+    const TestDevice device;
+    Value copying = button(2, Value::dictionary({{"ctxt", "SAVE10"}}));
+    copying.set("actionName", "Copy it");
+    copying.set("actionDeeplink", "otherapp://second");
+    Value first = button(1);
+    first.set("actionDeeplink", "otherapp://first");
+    Value payload =
+        pushPayload("t-1", Value::dictionary({{"type", "Image"},
+                                              {"deeplink", "otherapp://offer"},
+                                              {"actionButton", Value::array({first, copying})}}));
+    payload.set("cvnUi", Value::dictionary({{"lid", 24}}));
+    device.deliver(payload, {"--id", "push"});
+    const Value view = device.look({"expand", "push", "--do", "tap-on Copy it"});
+    EXPECT_EQ(view["layout"], Value("CVNLayout24"));
+    EXPECT_THAT(strings(view["requests"]), ElementsAre("open"));
+    device.look({"open", "push"});
+    const Value outbox = device.look({"outbox"});
+    EXPECT_EQ(outbox["pasteboard"], Value("SAVE10"));
+    EXPECT_EQ(outbox["openedURLs"], Value::array({"otherapp://first"}));
 }
 
 TEST(Expand, DrawsTheSamePicturesTwice) {
