@@ -20,7 +20,6 @@ namespace fs = std::filesystem;
 using foundation::Value;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 Value button(std::int64_t type, const Value& config = Value::dictionary()) {
     return Value::dictionary({{"actionName", "Button"}, {"aTyp", type}, {"config", config}});
