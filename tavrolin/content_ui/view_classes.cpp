@@ -7,8 +7,10 @@
 #include "tavrolin/content_ui/components/gif_component.h"
 #include "tavrolin/content_ui/components/header_component.h"
 #include "tavrolin/content_ui/components/image_component.h"
+#include "tavrolin/content_ui/components/landscape_carousel_component.h"
 #include "tavrolin/content_ui/components/media_component.h"
 #include "tavrolin/content_ui/components/multi_image_component.h"
+#include "tavrolin/content_ui/components/portrait_carousel_component.h"
 #include "tavrolin/content_ui/components/text_and_timer_component.h"
 #include "tavrolin/content_ui/components/video_component.h"
 #include "tavrolin/content_ui/layouts/carousel_layouts.h"
@@ -37,8 +39,8 @@ void registerViewClasses() {
     registerAll<CVNLayout01, CVNLayout21, CVNLayout23, CVNLayout24, CVNLayout41, CVNLayout51,
                 CVNLayout61, CVNLayout71, CVNLayout72, CVNLayout91, CVNLayout92>();
     registerAll<CVNHeaderComponent, CVNTextAndTimerComponent, CVNMediaComponent, CVNImageComponent,
-                CVNGifComponent, CVNAudioComponent, CVNVideoComponent, CVNMultiImageComponent,
-                CVNActionButtonComponent>();
+                CVNGifComponent, CVNAudioComponent, CVNVideoComponent, CVNPortraitCarouselComponent,
+                CVNLandscapeCarouselComponent, CVNMultiImageComponent, CVNActionButtonComponent>();
 }
 
 }  // namespace tavrolin
