@@ -181,84 +181,55 @@ CVNLandscapeCarouselComponent::Effect CVNLandscapeCarouselComponent::effect() co
 }
 
 void CVNLandscapeCarouselComponent::moveToNextItemWithTransitionEffect() {
-    switch (effect()) {
-        case Effect::fade:
-            nextItemWithFadeTransition();
-            break;
-        case Effect::scroll:
-            nextItem();
-            break;
-        case Effect::none:
-            nextItemWithoutAnimation();
-    }
+    move(Direction::next, effect());
     pageControl_->setCurrentPage(index_);
 }
 
 void CVNLandscapeCarouselComponent::moveToPreviousItemWithTransitionEffect() {
-    switch (effect()) {
-        case Effect::fade:
-            previousItemWithFadeTransition();
-            break;
-        case Effect::scroll:
-            previousItem();
-            break;
-        case Effect::none:
-            previousItemWithoutAnimation();
-    }
+    move(Direction::previous, effect());
     pageControl_->setCurrentPage(index_);
 }
 
-bool CVNLandscapeCarouselComponent::canMove() const {
-    return count() > kCarouselLandscapeNotificationMinimumCount;
-}
-
-void CVNLandscapeCarouselComponent::turnToNext() {
-    index_ = index_ + 1 >= count() ? index_ + 1 - count() : index_ + 1;
-}
-
-void CVNLandscapeCarouselComponent::turnToPrevious() {
-    index_ = index_ < 1 ? count() - 1 : index_ - 1;
-}
-
 void CVNLandscapeCarouselComponent::nextItem() {
-    if (!canMove()) return;
-    turnToNext();
-    scrollToPage(index_);
+    move(Direction::next, Effect::scroll);
 }
 
 void CVNLandscapeCarouselComponent::previousItem() {
-    if (!canMove()) return;
-    turnToPrevious();
-    scrollToPage(index_);
+    move(Direction::previous, Effect::scroll);
 }
 
 void CVNLandscapeCarouselComponent::nextItemWithoutAnimation() {
-    if (!canMove()) return;
-    turnToNext();
-    scrollToPageWithoutAnimation(index_);
+    move(Direction::next, Effect::none);
 }
 
 void CVNLandscapeCarouselComponent::previousItemWithoutAnimation() {
-    if (!canMove()) return;
-    turnToPrevious();
-    scrollToPageWithoutAnimation(index_);
+    move(Direction::previous, Effect::none);
 }
 
 void CVNLandscapeCarouselComponent::nextItemWithFadeTransition() {
-    if (!canMove()) return;
-    turnToNext();
-    fadeToPage(index_);
+    move(Direction::next, Effect::fade);
 }
 
 void CVNLandscapeCarouselComponent::previousItemWithFadeTransition() {
-    if (!canMove()) return;
-    turnToPrevious();
-    fadeToPage(index_);
+    move(Direction::previous, Effect::fade);
 }
 
-void CVNLandscapeCarouselComponent::fadeToPage(std::int64_t page) {
-    ui::crossFade(*scrollView_, ui::kAnimationDuration,
-                  [&] { scrollToPageWithoutAnimation(page); });
+void CVNLandscapeCarouselComponent::move(Direction direction, Effect effect) {
+    if (count() <= kCarouselLandscapeNotificationMinimumCount) return;
+    if (direction == Direction::next) {
+        index_ = index_ + 1 >= count() ? 0 : index_ + 1;
+    } else {
+        index_ = index_ < 1 ? count() - 1 : index_ - 1;
+    }
+    switch (effect) {
+        case Effect::none:
+            return scrollToPageWithoutAnimation(index_);
+        case Effect::scroll:
+            return scrollToPage(index_);
+        case Effect::fade:
+            ui::crossFade(*scrollView_, ui::kAnimationDuration,
+                          [this] { scrollToPageWithoutAnimation(index_); });
+    }
 }
 
 void CVNLandscapeCarouselComponent::scrollToPage(std::int64_t page) {

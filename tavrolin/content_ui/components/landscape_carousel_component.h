@@ -52,7 +52,8 @@ protected:
     bool isNear(std::int64_t item) const override;
 
 private:
-    enum class Effect { none, scroll, fade };
+    enum class Direction : std::int8_t { next, previous };
+    enum class Effect : std::int8_t { none, scroll, fade };
 
     bool isEdgeToEdge() const;
     void setUpPages();
@@ -60,10 +61,7 @@ private:
     void showArrow(ui::ImageView& arrow, std::string_view asset,
                    void (CVNLandscapeCarouselComponent::*action)(ui::View&));
     Effect effect() const;
-    bool canMove() const;
-    void turnToNext();
-    void turnToPrevious();
-    void fadeToPage(std::int64_t page);
+    void move(Direction direction, Effect effect);
 
     std::vector<foundation::Value> overlayProperties_;  // one a page, on layout 72
     RepeatingTimer speedTimer_;
