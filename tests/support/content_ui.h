@@ -15,6 +15,7 @@
 #include "tavrolin/content_ui/layouts/base_layout_view.h"
 #include "tavrolin/content_ui/notification_view_helper.h"
 #include "tavrolin/content_ui/view_classes.h"
+#include "tavrolin/core/push_preferences_manager.h"
 #include "tavrolin/core/shared_utility.h"
 #include "tavrolin/foundation/class_registry.h"
 #include "tavrolin/ui/tree_text.h"
@@ -100,6 +101,9 @@ private:
         CVNNotificationViewHelper::setNotificationExtenstionContent(nullptr);
         CVNNotificationViewHelper::setCustomNotificationDelegate(nullptr);
         CVNSharedUtility::setIsDarkMode(false);
+        CVNPushPreferencesManager::removeCarouselIndex();
+        CVNPushPreferencesManager::removeActionButtonIndex();
+        CVNPushPreferencesManager::removeRatingInfo();
         const auto fresh = CVNPushCoreDataController::initWithName("CorvalenPushDB");
         store().setPersistentContainer(fresh->persistentContainer());
         store().setStoreURL({});
