@@ -206,31 +206,57 @@ TEST(Expand, TakesTapsAsAFingerAndLeavesTheRestToTheApp) {
     EXPECT_EQ(device.look({"outbox"})["openedURLs"], Value::array({"otherapp://offer"}));
 }
 
-// A push to a row of pictures, a tap on the second, the app: three processes.
+// A push with pictures, steps in the expanded view, the app: three processes.
 TEST(Expand, ATappedPictureLeadsToItsOwnLink) {
+    struct Case {
+        const char* type;
+        std::int64_t layoutId;
+        std::vector<std::string> steps;
+        bool opens;
+        const char* link;
+    };
+    const std::vector<Case> cases = {
+        {"CarouselLandscape", 71, {"press 0", "wait 1", "tap 187,60"}, true, "otherapp://1"},
+        {"CarouselLandscape", 71, {"press 1", "tap 187,60"}, true, "otherapp://0"},  // still there
+        {"CarouselLandscape", 72, {"wait 5", "tap 187,60"}, true, "otherapp://2"},
+        {"CarouselLandscape",
+         72,
+         {"wait 3", "disappear", "wait 9", "tap 187,60"},
+         true,
+         "otherapp://1"},
+        {"CarouselLandscape", 72, {"tap-on previousImageView"}, false, "otherapp://all"},
+        {"CarouselPortrait", 91, {"press 1", "wait 1", "tap 300,60"}, true, "otherapp://0"},
+        {"CarouselPortrait", 91, {"press 0", "wait 1", "tap 300,60"}, true, "otherapp://2"},
+        {"CarouselPortrait", 92, {"tap-on imageSlot1"}, true, "otherapp://1"},
+        {"CarouselPortrait", 92, {"tap-on imageSlot3"}, false, "otherapp://all"},
+    };
     HTTPServer server;
     server.reply("/look.jpg", {.body = test::jpeg(64, 40)});
-    const TestDevice device;
-    const auto item = [&](const char* link) {
-        return Value::dictionary({{"imgUrl", server.url("/look.jpg")}, {"imgDeeplink", link}});
-    };
-    Value payload = pushPayload(
-        "looks",
-        Value::dictionary(
-            {{"type", "CarouselPortrait"},
-             {"deeplink", "otherapp://looks"},
-             {"carousel", Value::array({item("otherapp://coat"), item("otherapp://boots")})}}));
-    payload.set("cvnUi", Value::dictionary({{"lid", 92}}));
-    const auto openedAfter = [&](const char* step) {
+    Value items = Value::array();
+    for (const char* link : {"otherapp://0", "otherapp://1", "otherapp://2"}) {
+        items.append(
+            Value::dictionary({{"imgUrl", server.url("/look.jpg")}, {"imgDeeplink", link}}));
+    }
+    for (const Case& each : cases) {
+        const TestDevice device;
+        Value payload = pushPayload("looks", Value::dictionary({{"type", each.type},
+                                                                {"deeplink", "otherapp://all"},
+                                                                {"carousel", items}}));
+        payload.set("cvnUi", Value::dictionary({{"lid", each.layoutId},
+                                                {"lui", Value::dictionary({{"spd", 2}})},
+                                                {"cs", Value::dictionary()}}));
         device.deliver(payload, {"--id", "push"});
-        const Value view = device.look({"expand", "push", "--do", step});
+        std::vector<std::string> command = {"expand", "push"};
+        for (const std::string& step : each.steps)
+            command.insert(command.end(), {"--do", step});
+        const Value view = device.look(command);
+        EXPECT_EQ(view["requests"].count(), each.opens ? 1U : 0U) << each.steps.back();
+        for (const Value& response : view["responses"].items())
+            EXPECT_EQ(response["option"], Value(0)) << "it stays open";
         device.look({"open", "push"});
-        return strings(view["requests"]);
-    };
-    EXPECT_THAT(openedAfter("tap-on imageSlot1"), ElementsAre("open"));
-    EXPECT_THAT(openedAfter("tap-on imageSlot2"), ElementsAre()) << "it has no picture";
-    EXPECT_EQ(device.look({"outbox"})["openedURLs"],
-              Value::array({"otherapp://boots", "otherapp://looks"}));
+        EXPECT_EQ(device.look({"outbox"})["openedURLs"], Value::array({each.link}))
+            << each.layoutId << " " << each.steps.back();
+    }
 }
 
 // It does its own work, yet the link is the one at the place of the last tapped picture, the first
