@@ -222,6 +222,7 @@ public:
             turn /= 10;
         }
     }
+    void layOut() { window_.layoutIfNeeded(); }
     void layOutAndDraw() {
         controller_->view().setNeedsLayout();
         adapters::pango::PixelCanvas canvas(size_.width, size_.height, kScale);
@@ -441,6 +442,20 @@ void measureLayout(const Example& example) {
                kGoal);
 }
 
+// A second of a countdown, from its timer to the frames, beside a layout of the same view.
+void measureTick() {
+    Expanded view("countdown.json", "landscape-1.jpg");
+    int turn = 0;
+    const auto times = timesInTurns(TimeOf::processor, kTurns, kRuns,
+                                    {[&] { ports().memory.dispatch.advance(1); },
+                                     [&] {
+                                         view.setTextsAnew(turn++);
+                                         view.layOut();
+                                     }});
+    std::printf("tick %.1f us, whole layout %.1f us\n", median(times[0]), median(times[1]));
+    printRatio("tick_to_whole_layout", medianRatio(times[0], times[1]), 0.1);
+}
+
 void run(const std::vector<std::string>& words) {
     std::vector<char*> arguments;
     for (const std::string& word : words)
@@ -602,6 +617,7 @@ int main(int argc, char** argv) {
     for (const Example& example : kExamples) {
         if (wanted.empty() || wanted == example.name) measureLayout(example);
     }
+    if (wanted.empty() || wanted == "tick") measureTick();
     if (wanted.empty() || wanted == "start") measureStart();
     if (wanted.empty() || wanted == "memory") measureMemory();
     return 0;

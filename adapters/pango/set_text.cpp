@@ -106,6 +106,7 @@ public:
                                              component(color.blue)));
             insert(pango_attr_background_alpha_new(alpha(color)));
         }
+        if (attributes.font.tabularFigures) insert(pango_attr_font_features_new("tnum=1,kern=0"));
         insert(pango_attr_insert_hyphens_new(FALSE));
         if (attributes.underline) insert(pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
         if (attributes.strikethrough) insert(pango_attr_strikethrough_new(TRUE));

@@ -16,6 +16,9 @@ struct Font {
     bool bold = false;
     bool italic = false;
     bool monospaced = false;
+    /// Digits are all as wide as a zero, or less by what a face rounds, whatever stands beside
+    /// them.
+    bool tabularFigures = false;
 
     static constexpr Font systemFontOfSize(double size) { return {.size = size}; }
     static constexpr Font boldSystemFontOfSize(double size) { return {.size = size, .bold = true}; }

@@ -38,7 +38,7 @@ void LayoutConstraint::setConstant(double constant) {
     if (constant == constant_) return;
     constant_ = constant;
     if (!isActive_) return;
-    if (const auto view = first_.view.lock()) view->setNeedsLayout();
+    if (const auto view = first_.view.lock()) view->askForLayout();
 }
 
 void LayoutConstraint::setActive(bool active) {

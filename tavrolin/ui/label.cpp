@@ -34,6 +34,13 @@ bool hasLineBreaks(std::string_view text) {
            text.find("\u2029") != std::string_view::npos;
 }
 
+std::string withZeros(std::string_view text) {
+    std::string zeros(text);
+    std::ranges::replace_if(
+        zeros, [](char byte) { return byte >= '0' && byte <= '9'; }, '0');
+    return zeros;
+}
+
 }  // namespace
 
 Label::Label() {
@@ -46,9 +53,11 @@ const std::string& Label::text() const {
 
 void Label::setText(std::string_view text) {
     if (!attributedText_ && text == text_) return;
+    const bool keepsItsSize = isInTabularFigures() && withZeros(text) == withZeros(text_);
     attributedText_.reset();
     text_ = text;
-    changed();
+    if (!keepsItsSize) return changed();
+    forgetSetTexts();
 }
 
 void Label::setAttributedText(std::optional<StyledText> text) {
@@ -88,34 +97,45 @@ void Label::setLineBreakMode(LineBreakMode mode) {
 
 void Label::changed() {
     naturalSize_.reset();
-    natural_ = measured_ = drawn_ = Set();
+    forgetSetTexts();
     invalidateIntrinsicContentSize();
+}
+
+void Label::forgetSetTexts() {
+    natural_ = measured_ = drawn_ = Set();
 }
 
 // --- Measuring
 
 Label::LayoutRef Label::set(double width, int lines) const {
+    if (!attributedText_ || attributedText_->string.empty()) return setPlain(text_, width, lines);
+    return set(*attributedText_, width, lines);
+}
+
+Label::LayoutRef Label::setPlain(std::string_view text, double width, int lines) const {
+    return set(StyledText::plain(text, {.font = font_}), width, lines);
+}
+
+Label::LayoutRef Label::set(const StyledText& text, double width, int lines) const {
     platform::Typesetter* typesetter = platform::current().drawing.typesetter;
     if (typesetter == nullptr) return nullptr;
-    platform::TextFrame frame{.width = width,
-                              .lineLimit = lines,
-                              .lineBreakMode = lineBreakMode_,
-                              .alignment = alignment_};
-    if (!attributedText_) {
-        return typesetter->layout(StyledText::plain(text_, {.font = font_}), frame);
-    }
-    const auto& [alignment, mode] = attributedText_->paragraph;
-    frame.alignment = alignment.value_or(alignment_);
-    frame.lineBreakMode = mode.value_or(lineBreakMode_);
-    if (!attributedText_->string.empty()) return typesetter->layout(*attributedText_, frame);
-    return typesetter->layout(StyledText::plain({}, {.font = font_}), frame);
+    const auto [alignment, mode] =
+        attributedText_ ? attributedText_->paragraph : platform::ParagraphStyle();
+    return typesetter->layout(text, {.width = width,
+                                     .lineLimit = lines,
+                                     .lineBreakMode = mode.value_or(lineBreakMode_),
+                                     .alignment = alignment.value_or(alignment_)});
 }
 
 const Size& Label::naturalSize() const {
-    if (!naturalSize_) {
-        if (!text().empty()) natural_.layout = set(platform::kUnlimitedWidth, numberOfLines_);
-        naturalSize_ = natural_.layout == nullptr ? Size() : natural_.layout->size();
+    if (naturalSize_) return *naturalSize_;
+    LayoutRef measured;
+    if (isInTabularFigures()) {
+        measured = setPlain(withZeros(text_), platform::kUnlimitedWidth, numberOfLines_);
+    } else if (!text().empty()) {
+        measured = natural_.layout = set(platform::kUnlimitedWidth, numberOfLines_);
     }
+    naturalSize_ = measured == nullptr ? Size() : measured->size();
     return *naturalSize_;
 }
 
@@ -124,7 +144,7 @@ const Size& Label::naturalSize() const {
 Size Label::intrinsicContentSize(double availableWidth) const {
     if (text().empty()) return {};
     const bool isUnlimited = availableWidth >= platform::kUnlimitedWidth;
-    if (isUnlimited || naturalSize_ || hasLineBreaks(text())) {
+    if (isUnlimited || naturalSize_ || isInTabularFigures() || hasLineBreaks(text())) {
         const Size& natural = naturalSize();
         if (availableWidth >= natural.width || numberOfLines_ == 1) return natural;
     }
@@ -232,6 +252,10 @@ bool Label::setProperty(std::string_view name, const foundation::Value& value) {
     } else if (name == "bold") {
         platform::Font font = font_;
         font.bold = boolean(value);
+        setFont(font);
+    } else if (name == "tabularFigures") {
+        platform::Font font = font_;
+        font.tabularFigures = boolean(value);
         setFont(font);
     } else if (name == "textColor") {
         setTextColor(color(value));

@@ -13,8 +13,11 @@ namespace tavrolin::ui {
 /// Shows a text. Where it is narrower than the text, lines break at words; what goes beyond the
 /// limit of lines, or beyond the label's height, ends as the line-break mode says.
 ///
+/// Plain text in tabular figures takes the same room whatever its digits are, so that a countdown
+/// stands still and costs no layout.
+///
 /// Styled text wins over plain text; setting one clears the other. Properties of interface files:
-/// text, fontSize, bold, textColor, alignment, numberOfLines, lineBreakMode.
+/// text, fontSize, bold, tabularFigures, textColor, alignment, numberOfLines, lineBreakMode.
 class Label : public View {
 public:
     Label();
@@ -54,11 +57,15 @@ private:
     std::optional<double> beginOfLine(double room) const;
     std::optional<double> beginOfNaturalLine(double width) const;
     LayoutRef set(double width, int lines) const;
+    LayoutRef setPlain(std::string_view text, double width, int lines) const;
+    LayoutRef set(const platform::StyledText& text, double width, int lines) const;
+    bool isInTabularFigures() const { return font_.tabularFigures && !attributedText_; }
     const platform::Size& naturalSize() const;
     bool startsRightToLeft() const;
     void drawText(platform::Canvas& canvas, const platform::Rect& rect,
                   const platform::Color& color) const;
     void changed();
+    void forgetSetTexts();
 
     std::string text_;
     std::optional<platform::StyledText> attributedText_;

@@ -49,11 +49,14 @@ bool isSize(LayoutAttribute attribute) {
 
 }  // namespace
 
-void LayoutEngine::layOut(View& root, const Surroundings& surroundings, bool structureChanged) {
+bool LayoutEngine::layOut(View& root, const Surroundings& surroundings, bool structureChanged) {
     surroundings_ = surroundings;
-    if (structureChanged || !isSetUp_ || !takeUpChanges()) setUp(root);
+    const Changes changes = structureChanged || !isSetUp_ ? Changes::structure : takeUpChanges();
+    if (changes == Changes::none) return false;
+    if (changes == Changes::structure) setUp(root);
     solve(root);
     apply();
+    return true;
 }
 
 // --- The tree
@@ -250,7 +253,8 @@ void LayoutEngine::addConstraint(LayoutConstraint& constraint) {
         const Axis axis = isHorizontal(firstAttribute) ? Axis::horizontal : Axis::vertical;
         addEdge(records_[common], axis, isMirrored, -rest * sign);
     }
-    Use use{&constraint, bounded(constraint.constant_, kLargest), LayoutSolver::kNone};
+    const double constant = bounded(constraint.constant_, kLargest);
+    Use use{&constraint, constant, constant, LayoutSolver::kNone};
     constant_ -= use.constant;
     if (constraint.isChangeable_) {
         use.parameter = solver_.addVariable(LayoutSolver::Kind::parameter);
@@ -460,16 +464,19 @@ void LayoutEngine::addDefaults() {
 
 // --- Solving
 
-// False when it takes a new set-up.
-bool LayoutEngine::takeUpChanges() {
-    bool isKnown = true;
+LayoutEngine::Changes LayoutEngine::takeUpChanges() {
+    Changes changes = Changes::none;
+    const auto take = [&](Changes change) { changes = std::max(changes, change); };
     for (Use& use : uses_) {
         const double constant = bounded(use.constraint->constant_, kLargest);
+        if (constant == use.current) continue;
+        use.current = constant;
         if (use.parameter != LayoutSolver::kNone) {
             solver_.setParameter(use.parameter, constant - use.constant);
-        } else if (constant != use.constant) {
+            take(Changes::values);
+        } else {
             use.constraint->isChangeable_ = true;
-            isKnown = false;
+            take(Changes::structure);
         }
     }
     for (Record& record : records_) {
@@ -480,19 +487,28 @@ bool LayoutEngine::takeUpChanges() {
         };
         if (differs(record.horizontal, view.horizontalPriorities_) ||
             differs(record.vertical, view.verticalPriorities_)) {
-            isKnown = false;
+            take(Changes::structure);
         }
-        if (!view.intrinsicSizeChanged_) continue;
-        measure(record);
-        for (const Axis axis : {Axis::horizontal, Axis::vertical}) {
-            const Side& side = record.side(axis);
-            if ((side.current < 0) != (side.natural < 0)) isKnown = false;
-            if (side.parameter != LayoutSolver::kNone) {
-                solver_.setParameter(side.parameter, side.current - side.natural);
-            }
+        if (view.intrinsicSizeChanged_) take(takeUpNaturalSize(record));
+    }
+    return changes;
+}
+
+LayoutEngine::Changes LayoutEngine::takeUpNaturalSize(Record& record) {
+    const Record before = record;
+    measure(record);
+    Changes changes = Changes::none;
+    for (const Axis axis : {Axis::horizontal, Axis::vertical}) {
+        const Side& side = record.side(axis);
+        const Side& last = before.side(axis);
+        if (side.current == last.current && side.isLeast == last.isLeast) continue;
+        const bool isKnown = (side.current < 0) == (side.natural < 0);
+        changes = std::max(changes, isKnown ? Changes::values : Changes::structure);
+        if (side.parameter != LayoutSolver::kNone) {
+            solver_.setParameter(side.parameter, side.current - side.natural);
         }
     }
-    return isKnown;
+    return changes;
 }
 
 void LayoutEngine::solve(View& root) {

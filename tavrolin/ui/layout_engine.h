@@ -25,7 +25,8 @@ public:
     };
 
     /// `structureChanged`: more than constants and natural sizes may differ from the last time.
-    void layOut(View& root, const Surroundings& surroundings, bool structureChanged);
+    /// False when all frames stay as they were.
+    bool layOut(View& root, const Surroundings& surroundings, bool structureChanged);
 
 private:
     using Variable = LayoutSolver::Variable;
@@ -64,6 +65,7 @@ private:
     struct Use {
         LayoutConstraint* constraint = nullptr;
         double constant = 0;
+        double current = 0;  // what it is now
         Variable parameter = LayoutSolver::kNone;
     };
     struct Goal {
@@ -101,7 +103,9 @@ private:
 
     void measure(Record& record);
     bool measureExactly(Record& record);
-    bool takeUpChanges();
+    enum class Changes : std::uint8_t { none, values, structure };
+    Changes takeUpChanges();
+    Changes takeUpNaturalSize(Record& record);
     bool measureForWidths();
     void solve(View& root);
     void apply();

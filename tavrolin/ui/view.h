@@ -120,8 +120,9 @@ public:
     /// Whether it takes up room: a hidden member of a stack view doesn't, nor what is in it.
     bool takesRoom() const;
 
-    /// Asks for a layout pass of the whole tree; it comes with the next `layoutIfNeeded`, in a
-    /// window also on the main queue. What changes the layout asks by itself.
+    /// Asks for a layout pass of the whole tree, with its calls of `layoutSubviews`; it comes with
+    /// the next `layoutIfNeeded`, in a window also on the main queue. What changes the layout asks
+    /// by itself; where no frame can have changed after all, nothing is called.
     void setNeedsLayout();
     /// Lays out the whole tree now, if it was asked for.
     void layoutIfNeeded();
@@ -192,8 +193,9 @@ private:
 
     View& top();
     const View& top() const;
-    Root& root();    // the root's; made when it is first asked for
-    void endTree();  // it becomes a part of another one
+    Root& root();         // the root's; made when it is first asked for
+    void askForLayout();  // and for calls only where frames may change
+    void endTree();       // it becomes a part of another one
     void attach(std::shared_ptr<View> view, std::size_t index);
     void detach(const View& view);
     void place(const platform::Rect& frame);

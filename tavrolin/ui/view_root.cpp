@@ -49,6 +49,12 @@ void View::endTree() {
 
 void View::setNeedsLayout() {
     View& root = top();
+    if (root.root_ != nullptr) root.root_->needsCalls = true;
+    askForLayout();
+}
+
+void View::askForLayout() {
+    View& root = top();
     if (root.root_ == nullptr || root.root_->needsLayout) return;  // a new one needs it anyway
     root.root_->needsLayout = true;
     if (root.root_->needsLayoutBlock) root.root_->needsLayoutBlock();
@@ -58,12 +64,12 @@ void View::invalidateStructure() {
     View& root = top();
     if (root.root_ == nullptr) return;
     root.root_->structureChanged = true;
-    setNeedsLayout();
+    askForLayout();
 }
 
 void View::invalidateIntrinsicContentSize() {
     intrinsicSizeChanged_ = true;
-    setNeedsLayout();
+    askForLayout();
 }
 
 void View::layoutIfNeeded() {
@@ -72,7 +78,7 @@ void View::layoutIfNeeded() {
     const auto layOut = [&] {
         tree.needsLayout = false;
         const bool structureChanged = std::exchange(tree.structureChanged, false);
-        tree.engine.layOut(view, tree.surroundings, structureChanged);
+        if (tree.engine.layOut(view, tree.surroundings, structureChanged)) tree.needsCalls = true;
     };
     if (!tree.needsLayout) return;
     if (tree.isLayingOut) {  // asked for in the middle of a pass: frames now, calls with the next
@@ -84,6 +90,7 @@ void View::layoutIfNeeded() {
     const PassMark mark(tree.isLayingOut);
     for (int pass = 0; pass < kMostPasses && tree.needsLayout; ++pass) {
         layOut();
+        if (!std::exchange(tree.needsCalls, false)) continue;
         view.layOutSubtree();
         if (tree.didLayOutBlock) tree.didLayOutBlock();
     }

@@ -17,6 +17,7 @@ struct View::Root {
     std::function<void()> needsLayoutBlock;  // the window's: tells it that a pass is wanted
     std::function<void()> didLayOutBlock;    // the window's: after every pass
     bool needsLayout = true;
+    bool needsCalls = true;  // of `layoutSubviews`, with the next layout
     bool structureChanged = true;
     bool isLayingOut = false;
 };

@@ -112,6 +112,24 @@ TEST(Typesetter, SetsFacesThatDiffer) {
               typesetter.layout(text("mmm", Font::boldSystemFontOfSize(15)), {})->size().width);
 }
 
+// A countdown is measured with zeros, whatever comes.
+TEST(Typesetter, SetsTabularFiguresAsWideAsZeros) {
+    Typesetter typesetter;
+    for (const bool isBold : {false, true}) {
+        const auto width = [&](const std::string& string, bool isTabular) {
+            const Font font = {.size = 15, .bold = isBold, .tabularFigures = isTabular};
+            return typesetter.layout(text(string, font), {})->size().width;
+        };
+        EXPECT_LT(width("11:11", false), width("00:00", false) - 5);
+        for (int number = 0; number < 100; ++number) {
+            const std::string digits = std::to_string(number / 10) + std::to_string(number % 10);
+            const double rest = width("00:00", true) - width(digits + ":" + digits, true);
+            EXPECT_GE(rest, 0) << digits;
+            EXPECT_LT(rest, 0.15) << digits;
+        }
+    }
+}
+
 TEST(Typesetter, BreaksAndTruncates) {
     struct Case {
         const char* what;

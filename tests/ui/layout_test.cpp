@@ -1,6 +1,8 @@
 #include <cmath>
+#include <functional>
 #include <limits>
 
+#include "adapters/memory/recording_canvas.h"
 #include "tavrolin/foundation/exception.h"
 #include "tavrolin/ui/controls.h"
 #include "tavrolin/ui/scroll_view.h"
@@ -386,6 +388,40 @@ TEST_F(LayoutTest, ChangesLeadToWhatAFreshTreeHas) {
         for (std::size_t i = 0; i < texts.size(); ++i)
             ASSERT_EQ(kept.labels[i]->frame(), fresh.labels[i]->frame()) << step << " " << i;
     }
+}
+
+// What takes the room that it took before costs no layout.
+TEST_F(LayoutTest, NothingIsCalledWhereNoFrameCanHaveChanged) {
+    Controller controller;
+    auto column = add<ui::StackView>("column", *controller.root);
+    column->setAxis(ui::Axis::vertical);
+    pinEdgesToSuperview(*column);
+    const auto title = label("title");
+    const auto countdown = label("10:00");
+    platform::Font figures = countdown->font();
+    figures.tabularFigures = true;
+    countdown->setFont(figures);
+    column->addArrangedSubview(title);
+    column->addArrangedSubview(countdown);
+    const auto height = constrain(*controller.root, "column.height >= 20");
+    ui::Window window(controller, 100, {});
+    window.layoutIfNeeded();
+    const auto callsAfter = [&](const std::function<void()>& change) {
+        controller.calls.clear();
+        change();
+        window.layoutIfNeeded();
+        return controller.calls.size();
+    };
+    EXPECT_EQ(callsAfter([&] { title->setText("other"); }), 0U);
+    EXPECT_EQ(callsAfter([&] { height->setConstant(21); }), 1U);
+    EXPECT_EQ(callsAfter([&] { title->setText("longer than it was"); }), 1U);
+    EXPECT_EQ(callsAfter([&] { countdown->setText("09:59"); }), 0U);
+    EXPECT_EQ(callsAfter([&] { countdown->setText("9:58"); }), 1U);
+    EXPECT_EQ(callsAfter([&] { column->setNeedsLayout(); }), 1U);
+    EXPECT_EQ(countdown->intrinsicContentSize(100).width, 20);
+    adapters::memory::RecordingCanvas canvas;
+    window.draw(canvas);
+    EXPECT_THAT(canvas.lines(), testing::Contains(testing::HasSubstr("9:58")));
 }
 
 TEST_F(LayoutTest, HostileNumbersAndTextsGiveFiniteFrames) {
