@@ -110,6 +110,7 @@ public:
 
     double progress() const { return progress_; }  // 0 to 1
     void setProgress(double progress);             // clamped; not a number is 0
+    const DynamicColor& progressTintColor() const { return progressTintColor_; }
     void setProgressTintColor(const DynamicColor& color) { progressTintColor_ = color; }
     void setTrackTintColor(const DynamicColor& color) { trackTintColor_ = color; }
 
