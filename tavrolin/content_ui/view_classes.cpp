@@ -11,6 +11,8 @@
 #include "tavrolin/content_ui/components/media_component.h"
 #include "tavrolin/content_ui/components/multi_image_component.h"
 #include "tavrolin/content_ui/components/portrait_carousel_component.h"
+#include "tavrolin/content_ui/components/progress_component.h"
+#include "tavrolin/content_ui/components/rating_component.h"
 #include "tavrolin/content_ui/components/text_and_timer_component.h"
 #include "tavrolin/content_ui/components/video_component.h"
 #include "tavrolin/content_ui/layouts/carousel_layouts.h"
@@ -38,8 +40,9 @@ void registerAll() {
 void registerViewClasses() {
     registerAll<CVNLayout01, CVNLayout21, CVNLayout23, CVNLayout24, CVNLayout41, CVNLayout51,
                 CVNLayout61, CVNLayout71, CVNLayout72, CVNLayout91, CVNLayout92>();
-    registerAll<CVNHeaderComponent, CVNTextAndTimerComponent, CVNMediaComponent, CVNImageComponent,
-                CVNGifComponent, CVNAudioComponent, CVNVideoComponent, CVNPortraitCarouselComponent,
+    registerAll<CVNHeaderComponent, CVNTextAndTimerComponent, CVNProgressComponent,
+                CVNRatingComponent, CVNMediaComponent, CVNImageComponent, CVNGifComponent,
+                CVNAudioComponent, CVNVideoComponent, CVNPortraitCarouselComponent,
                 CVNLandscapeCarouselComponent, CVNMultiImageComponent, CVNActionButtonComponent>();
 }
 

@@ -286,7 +286,6 @@ TEST_F(ComponentsTest, TheHeaderTakesTheTimersComponent) {
     EXPECT_EQ(shown({}), "");
     EXPECT_EQ(shown(Value::dictionary({{"ty", 1}})), "timer");
     EXPECT_EQ(shown(Value::dictionary({{"ty", 0}})), "timer");
-    registerClass<RecordingCarousel>("CVNProgressComponent");
     EXPECT_EQ(shown(Value::dictionary({{"ty", 2}})), "progress");
 }
 
