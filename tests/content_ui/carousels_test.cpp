@@ -16,7 +16,6 @@ namespace {
 
 using foundation::Value;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr double kScrollWidth = 268;  // of a portrait carousel, with its margins
