@@ -1,14 +1,16 @@
 """What the documentation shows, works: runs the examples of one document, in order, as a reader would.
 
 A fenced block that begins "```sh run" is run by bash, which stops at the first command that fails, in a
-fresh folder in which build/ and examples/ are those of the tree, with a device of its own. A block
-"```text output" after it is what it prints; "…" in a line stands for anything.
+fresh folder in which build/ and examples/ are those of the tree, with a device of its own, and with the
+pictures of the examples being served. A block "```text output" after it is what it prints; "…" in a line
+stands for anything.
 
 usage: examples_test.py ROOT BUILD DOCUMENT"""
 
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -21,13 +23,31 @@ def matches(expected, printed):
     return re.fullmatch(pattern, printed.strip()) is not None
 
 
+def copy_examples(root, folder, port):
+    """The payloads name the port that their pictures are served from; here it may be another one."""
+    shutil.copytree(f"{root}/examples", f"{folder}/examples")
+    for payload in pathlib.Path(folder, "examples", "payloads").iterdir():
+        text = payload.read_text(encoding="utf-8")
+        payload.write_text(text.replace("127.0.0.1:8099", f"127.0.0.1:{port}"), encoding="utf-8")
+
+
 def main(root, build, document):
+    server = subprocess.Popen([sys.executable, f"{root}/scripts/serve_pictures.py", f"{root}/examples/media", "8099"],
+                              stdout=subprocess.PIPE, text=True)
+    try:
+        return run(root, build, document, port=server.stdout.readline().strip())
+    finally:
+        server.kill()
+        server.wait()
+
+
+def run(root, build, document, port):
     text = (pathlib.Path(root) / document).read_text(encoding="utf-8")
     failed = ran = 0
     printed = None
     with tempfile.TemporaryDirectory() as folder:
         os.symlink(build, f"{folder}/build")
-        os.symlink(f"{root}/examples", f"{folder}/examples")
+        copy_examples(root, folder, port)
         environment = {**os.environ, "TAVROLIN_DEVICE": f"{folder}/device", "HOME": folder, "NO_COLOR": "1"}
         for block in BLOCK.finditer(text):
             where = f"{document}:{text.count(chr(10), 0, block.start()) + 1}"
