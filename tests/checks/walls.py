@@ -31,7 +31,7 @@ ROOMS = {
                           "actions/notification_categories"},
     "actions": {"foundation", "platform", "core", "payload", "events", "store", "service_extension"},
     "content_ui": {"foundation", "platform", "ui", "core", "payload", "events", "actions",
-                   "service_extension/gif_image_utility"},
+                   "service_extension/gif_image_utility", "service_extension/push_operation"},
 }
 ADAPTERS_MAY = {"foundation", "platform"}
 
