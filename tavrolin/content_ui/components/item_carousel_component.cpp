@@ -67,16 +67,18 @@ void ItemCarouselComponent::configureNotification() {
     guarded([this] { didReceiveCarouselPayload(notificationPayload(), nullptr, std::nullopt); });
 }
 
+std::weak_ptr<ItemCarouselComponent> ItemCarouselComponent::weakly() {
+    return std::static_pointer_cast<ItemCarouselComponent>(shared_from_this());
+}
+
 void ItemCarouselComponent::guarded(const std::function<void()>& body) {
     guard(startOperation(), kMessage, body);
 }
 
 void ItemCarouselComponent::after(double seconds, std::function<void()> block) {
-    platform::current().dispatch->afterMain(
-        seconds, [weak = weak_from_this(), block = std::move(block)] {
-            if (const auto view = weak.lock())
-                static_cast<ItemCarouselComponent&>(*view).guarded(block);
-        });
+    platform::current().dispatch->afterMain(seconds, [weak = weakly(), block = std::move(block)] {
+        if (const auto carousel = weak.lock()) carousel->guarded(block);
+    });
 }
 
 // --- A payload
@@ -113,9 +115,8 @@ void ItemCarouselComponent::readPictures() {
             receive(pictures, i, readPicture(std::string(path.string())));
         } else {
             mediaDownloadQueue_->addOperation(std::make_shared<PictureOperation>(
-                std::string(path.string()), [weak = weak_from_this(), pictures, i](auto image) {
-                    if (const auto view = weak.lock())
-                        static_cast<ItemCarouselComponent&>(*view).receive(pictures, i, image);
+                std::string(path.string()), [weak = weakly(), pictures, i](auto image) {
+                    if (const auto carousel = weak.lock()) carousel->receive(pictures, i, image);
                 }));
         }
     }
@@ -157,9 +158,8 @@ std::shared_ptr<CarouselItemView> ItemCarouselComponent::makeItem(
     view->addTo(*scrollView_);
     view->setPicture(pictureOf(item));
     view->addGestureRecognizer(
-        std::make_shared<ui::TapGestureRecognizer>([weak = weak_from_this()](ui::View& tapped) {
-            if (const auto carousel = weak.lock())
-                static_cast<ItemCarouselComponent&>(*carousel).handleCarouselViewTap(tapped);
+        std::make_shared<ui::TapGestureRecognizer>([weak = weakly()](ui::View& tapped) {
+            if (const auto carousel = weak.lock()) carousel->handleCarouselViewTap(tapped);
         }));
     return view;
 }

@@ -107,6 +107,7 @@ private:
         std::size_t awaited = 0;
     };
 
+    std::weak_ptr<ItemCarouselComponent> weakly();
     void readPictures();
     void receive(const std::shared_ptr<Pictures>& pictures, std::size_t item,
                  std::shared_ptr<ui::Image> image);
