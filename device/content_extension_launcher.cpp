@@ -58,6 +58,7 @@ Value messageOf(const ExpandOrder& order, const platform::DeliveredNotification&
                                        {kMessageWantsTree, order.wantsTree}});
     if (order.png) message.set(kMessagePNG, *order.png);
     if (order.svg) message.set(kMessageSVG, *order.svg);
+    if (order.cardPNG) message.set(kMessageCardPNG, *order.cardPNG);
     return message;
 }
 

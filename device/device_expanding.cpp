@@ -1,6 +1,9 @@
 // The expanded view.
 
 #include <algorithm>
+#include <list>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "device/content_extension/content_extension_process.h"
@@ -75,10 +78,10 @@ Value Device::expand(ExpandOrder order) {
     start.patience = patienceFor(order, start.patience);
     const std::string temporary = folder_.temporaryFolder("content-extension", start.run);
     const RunFolder run(temporary);
-    std::optional<OutputFile> png;
-    std::optional<OutputFile> svg;
-    if (order.png) order.png = png.emplace(*order.png, order.fileMode, temporary).draft();
-    if (order.svg) order.svg = svg.emplace(*order.svg, order.fileMode, temporary).draft();
+    std::list<OutputFile> pictures;
+    for (std::optional<std::string>* file : {&order.png, &order.svg, &order.cardPNG}) {
+        if (*file) *file = pictures.emplace_back(**file, order.fileMode, temporary).draft();
+    }
     const Expansion expansion =
         runContentExtension(*contentExtension_, start, order, notification,
                             actionsFor(notification.request.content.categoryIdentifier));
@@ -92,8 +95,8 @@ Value Device::expand(ExpandOrder order) {
             "the content extension died or answered nonsense; a phone shows the "
             "notification's own content then");
     }
-    if (png) png->keep();
-    if (svg) svg->keep();
+    for (OutputFile& picture : pictures)
+        picture.keep();
     return Value::dictionary({{"view", expansion.view}, {"story", expansion.story}});
 }
 

@@ -109,4 +109,12 @@ Expected<Value> expandStep(std::string_view text) {
     return step;
 }
 
+std::vector<std::string> ExpandOrder::pictures() const {
+    std::vector<std::string> files;
+    for (const auto* file : {&png, &svg, &cardPNG}) {
+        if (*file) files.push_back(**file);
+    }
+    return files;
+}
+
 }  // namespace tavrolin::device

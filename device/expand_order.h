@@ -37,7 +37,11 @@ struct ExpandOrder {
     bool wantsTree = false;
     std::optional<std::string> png = std::nullopt;  // files to write
     std::optional<std::string> svg = std::nullopt;
-    unsigned fileMode = 0600;  // of those that are new
+    std::optional<std::string> cardPNG = std::nullopt;  // the card in any case
+    unsigned fileMode = 0600;                           // of those that are new
+
+    /// The files that are wanted.
+    std::vector<std::string> pictures() const;
 };
 
 // What is taken; above 0 in any case.

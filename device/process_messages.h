@@ -27,6 +27,7 @@ inline constexpr std::string_view kMessageCard = "card";            // boolean
 inline constexpr std::string_view kMessageWantsTree = "wantsTree";  // boolean
 inline constexpr std::string_view kMessagePNG = "png";  // file to write into; nil for none
 inline constexpr std::string_view kMessageSVG = "svg";
+inline constexpr std::string_view kMessageCardPNG = "cardPNG";
 
 // To the app and to the content extension.
 inline constexpr std::string_view kMessageSteps = "steps";  // what is to happen: see

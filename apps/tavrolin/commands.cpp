@@ -1,6 +1,7 @@
 #include "apps/tavrolin/commands.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -237,14 +238,20 @@ void Commands::addExpand(CLI::App& app) {
                      "SECONDS; disappear. May be given again and again")
         ->check(expandStep)
         ->allow_extra_args(false);
-    CLI::Option* png = expand->add_option("--png", order.png, "draw it into this file, as pixels");
-    png->check(pictureFile)->take_last();
-    CLI::Option* svg = expand->add_option("--svg", order.svg, "draw it into this file, as shapes");
-    svg->check(pictureFile)->take_last();
+    const auto addPicture = [expand](const char* name, auto& file, const char* help) {
+        expand->add_option(name, file, help)->check(pictureFile)->take_last();
+    };
+    addPicture("--png", order.png, "draw it into this file, as pixels");
+    addPicture("--svg", order.svg, "draw it into this file, as shapes");
+    addPicture("--card-png", order.cardPNG,
+               "draw what a phone shows around it as well into this file, as pixels");
     expand->add_flag("--tree", order.wantsTree, "print the view's tree");
     expand->parse_complete_callback([&order] {
-        if (order.png && order.svg && isSameFile(*order.png, *order.svg)) {
-            throw CLI::ValidationError("--svg", "must be another file than --png");
+        const std::vector<std::string> files = order.pictures();
+        for (auto file = files.begin(); file != files.end(); ++file) {
+            const auto isIt = [&](const std::string& other) { return isSameFile(*file, other); };
+            if (std::any_of(files.begin(), file, isIt))
+                throw CLI::ValidationError(*file, "each picture must be a file of its own");
         }
     });
 }
@@ -258,9 +265,8 @@ int Commands::expand() {
         print(result["view"], true, nullptr);
     } else {
         print(result, false, printExpansion);
-        for (const auto& file : {arguments_.expansion.png, arguments_.expansion.svg}) {
-            if (file) printDone("  picture      " + harmless(*file));
-        }
+        for (const std::string& file : arguments_.expansion.pictures())
+            printDone("  picture      " + harmless(file));
     }
     return kDone;
 }

@@ -52,18 +52,20 @@ void draw(ExpandedView& view, const Value& message,
           const platform::DeliveredNotification& notification) {
     const Value& png = message[kMessagePNG];
     const Value& svg = message[kMessageSVG];
-    if (!png && !svg) return;
+    const Value& cardPNG = message[kMessageCardPNG];
+    const bool wantsCard = message[kMessageCard].boolValue();
     const ui::TraitCollection traits = surroundingsOf(message).traits;
     std::optional<Card> card;
-    if (message[kMessageCard].boolValue()) {
+    if (cardPNG || (wantsCard && (png || svg))) {
         card.emplace(view.window(),
                      Card::Contents{notification.request.content, notification.date,
                                     platform::current().dispatch->now(), view.actions()},
                      platform::current().bundles->main(), traits);
     }
-    ui::Window& window = card ? card->window() : view.window();
+    ui::Window& window = wantsCard && card ? card->window() : view.window();
     if (png) drawPNG(window, traits.displayScale, std::string(png.string()));
     if (svg) drawSVG(window, traits.displayScale, std::string(svg.string()));
+    if (cardPNG) drawPNG(card->window(), traits.displayScale, std::string(cardPNG.string()));
 }
 
 Value expand(ExpandedView& view, const Value& message,

@@ -308,6 +308,9 @@ TEST(Expand, DrawsTheSamePicturesTwice) {
     draw("card", {"--card"});
     draw("card again", {"--card"});
     EXPECT_EQ(fileText(folder + "/card.png"), fileText(folder + "/card again.png"));
+    draw("both", {"--card-png", folder + "/beside.png"});
+    EXPECT_EQ(fileText(folder + "/both.png"), fileText(folder + "/one.png"));
+    EXPECT_EQ(fileText(folder + "/beside.png"), fileText(folder + "/card.png"));
     EXPECT_EQ(pixelSize(folder + "/card.png").width, (375U + 32) * 2);
     EXPECT_GT(pixelSize(folder + "/card.png").height, height + 100);
 
@@ -380,6 +383,7 @@ TEST(Expand, RefusesWhatMakesNoSenseBeforeAnythingIsStarted) {
         arguments.insert(arguments.end(), wrong.begin(), wrong.end());
         EXPECT_EQ(device.run(arguments).status, 2) << wrong[0] << " " << wrong[1];
     }
+    EXPECT_EQ(device.run({"expand", "push", "--svg", "a", "--card-png", "a"}).status, 2);
     const ProgramResult missing = device.run({"expand", "push"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_THAT(missing.errors, HasSubstr("no notification push"));
