@@ -1,12 +1,14 @@
 # The commands of this project; each installs what it needs first, and all work twice.
 BUILD := build
+PYTHON := PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3
 CTEST := ctest --output-on-failure --parallel 2
 
-.PHONY: help setup configure build demo test bench format sanitize clean
+.PHONY: help setup configure build demo gallery test bench format sanitize clean
 .DEFAULT_GOAL := help
 
 help:
 	@echo 'make demo      build, deliver a sample push to a fresh device, show what came of it'
+	@echo 'make gallery   draw every layout and state into a page: $(BUILD)/gallery/index.html'
 	@echo 'make test      build everything, run the whole suite and the checks of the source'
 	@echo 'make build     build the program: $(BUILD)/tavrolin'
 	@echo 'make bench     run the benchmarks, each as a ratio to a baseline beside it'
@@ -28,6 +30,10 @@ build: configure
 
 demo: build
 	@scripts/demo
+
+gallery: build
+	@echo '== Drawing the gallery'
+	@$(PYTHON) scripts/gallery --program $(BUILD)/tavrolin --folder $(BUILD)/gallery
 
 test: configure
 	@echo '== Building everything'

@@ -15,15 +15,23 @@ class Quiet(http.server.SimpleHTTPRequestHandler):
 
 
 class Server(http.server.ThreadingHTTPServer):
-    # Two of these on one port would answer in turns: rather take another port.
-    allow_reuse_address = False
+    # Several devices fetch several pictures each at once; whoever finds the queue full waits a second.
+    request_queue_size = 128
 
 
-folder, wanted = sys.argv[1], int(sys.argv[2])
-handler = functools.partial(Quiet, directory=folder)
-try:
-    server = Server(("127.0.0.1", wanted), handler)
-except OSError:
-    server = Server(("127.0.0.1", 0), handler)
-print(server.server_port, flush=True)
-server.serve_forever()
+def server_of(folder, wanted):
+    handler = functools.partial(Quiet, directory=folder)
+    try:
+        return Server(("127.0.0.1", wanted), handler)
+    except OSError:
+        return Server(("127.0.0.1", 0), handler)
+
+
+def main(folder, wanted):
+    server = server_of(folder, int(wanted))
+    print(server.server_port, flush=True)
+    server.serve_forever()
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
