@@ -76,10 +76,14 @@ def facts(drawn):
     return "".join(f"<div><dt>{name}</dt><dd>{html.escape(text)}</dd></div>" for name, text in seen)
 
 
+def view_caption(drawn):
+    return "The view" if drawn.view.height > 1 else "The view is empty"
+
+
 def article(folder, drawn):
     return STATE.format(
         name=f"state-{drawn.state.name}", title=html.escape(drawn.state.title),
-        view=picture(folder, "view", "The view", drawn),
+        view=picture(folder, "view", view_caption(drawn), drawn),
         card=picture(folder, "card", "On a phone", drawn),
         facts=facts(drawn), commands=html.escape("\n".join(drawn.commands)),
         file=link(folder, drawn.payload),

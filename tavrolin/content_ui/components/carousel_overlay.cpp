@@ -17,6 +17,8 @@ using platform::Color;
 namespace {
 
 constexpr std::string_view kTextColor = "tc";
+// Darker towards the bottom: white texts read on it over any picture.
+const auto& kVeil = *new Value(Value::array({"1", kPNGradientBlackColorValue, "000000B0", "180"}));
 
 Color blackOrWhite(bool isWhite) {
     return isWhite ? Color::white() : Color::black();
@@ -33,7 +35,7 @@ Color textColor(const Value& property) {
     if (const Value& gradient = property[kPNOverlayGradientColor]; !behind && gradient)
         behind = gradient.at(2);  // texts lie at its end
     const auto color = CVNColorUtility::colorFromHexString(behind);
-    return blackOrWhite(color ? isDark(*color) : CVNSharedUtility::getIsDarkMode());
+    return blackOrWhite(!color || isDark(*color));
 }
 
 // What an HTML text has without a colour of its own.
@@ -58,9 +60,7 @@ void colorBackground(ui::View& view, const Value& property) {
     } else if (property[kPNOverlayGradientColor]) {
         CVNColorUtility::addBackgroundGradientColor(view, property[kPNOverlayGradientColor]);
     } else {
-        view.setBackgroundColor(CVNColorUtility::colorFromHexString(
-            CVNSharedUtility::getIsDarkMode() ? kPNGradientBlackColorValue
-                                              : kPNGradientWhiteColorValue));
+        CVNColorUtility::addBackgroundGradientColor(view, kVeil);
     }
 }
 

@@ -19,9 +19,8 @@ void readOverlayProperties(const foundation::Value& entries, std::int64_t pages,
                            std::vector<foundation::Value>& properties);
 
 /// Colours a label's text, or any other view's background. Where the property says nothing, a
-/// background becomes the veil of the present appearance; a text black or white, whichever reads
-/// better on it. Colours that an HTML text gives itself stay. Raises `foundation::Exception` for a
-/// gradient that is none.
+/// background becomes a dark veil; a text black or white, whichever reads better on it. Colours
+/// that an HTML text gives itself stay. Raises `foundation::Exception` for a gradient that is none.
 void applyColorFromCarouselProperty(const foundation::Value& property, ui::View& toView);
 
 /// What lies behind the texts of a page.
