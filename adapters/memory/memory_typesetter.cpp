@@ -74,6 +74,13 @@ MemoryTextLayout::MemoryTextLayout(std::vector<Line> lines, double lineHeight, b
     size_.height = static_cast<double>(std::max<std::size_t>(1, lines_.size())) * lineHeight;
 }
 
+platform::Rect MemoryTextLayout::inkBounds() const {
+    platform::Rect ink;
+    for (const Line& line : lines_)
+        ink = ink.united({line.x, 0, line.width, size_.height});
+    return ink;
+}
+
 std::unique_ptr<platform::TextLayout> MemoryTypesetter::layout(const platform::StyledText& text,
                                                                const platform::TextFrame& frame) {
     const double size = sizeOf(text);

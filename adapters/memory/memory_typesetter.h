@@ -18,6 +18,7 @@ public:
     const std::vector<Line>& lines() const { return lines_; }
 
     platform::Size size() const override { return size_; }
+    platform::Rect inkBounds() const override;
     int lineCount() const override { return static_cast<int>(lines_.size()); }
     bool isTruncated() const override { return isTruncated_; }
     double firstBaseline() const override { return lineHeight_ * 0.8; }

@@ -381,6 +381,25 @@ void SetText::align(const TextFrame& frame) {
     }
 }
 
+platform::Rect SetText::inkBounds() const {
+    if (inkBounds_) return *inkBounds_;
+    platform::Rect all;
+    for (const Line& line : lines_) {
+        PangoRectangle ink{};
+        PangoRectangle logical{};
+        pango_layout_line_get_extents(line.line, &ink, &logical);
+        // Backgrounds fill the line's own rectangle, underlines lie in either.
+        for (const PangoRectangle& part : {ink, logical}) {
+            all = all.united(platform::Rect{points(part.x), points(part.y), points(part.width),
+                                            points(part.height)}
+                                 .movedBy(line.x, line.baseline));
+        }
+    }
+    if (isClipped_) all = all.intersection({0, all.y, frame_.width, all.height});
+    inkBounds_ = all;
+    return all;
+}
+
 void SetText::draw(cairo_t* cairo, Emoji emoji) const {
     cairo_save(cairo);
     if (isClipped_) {

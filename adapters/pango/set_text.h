@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "adapters/pango/fonts.h"
@@ -15,6 +16,7 @@ public:
     SetText(Fonts& fonts, const platform::StyledText& text, const platform::TextFrame& frame);
 
     platform::Size size() const override { return size_; }
+    platform::Rect inkBounds() const override;
     int lineCount() const override { return static_cast<int>(lines_.size()); }
     bool isTruncated() const override { return isTruncated_; }
     double firstBaseline() const override { return lines_.front().baseline; }
@@ -46,6 +48,7 @@ private:
     std::vector<ObjectHandle<PangoLayout>> layouts_;
     std::vector<Line> lines_;
     platform::Size size_;
+    mutable std::optional<platform::Rect> inkBounds_;
     bool isTruncated_ = false;
     bool isClipped_ = false;
 };

@@ -13,6 +13,7 @@ public:
     explicit SharedText(std::shared_ptr<const SetText> text) : text_(std::move(text)) {}
 
     platform::Size size() const override { return text_->size(); }
+    platform::Rect inkBounds() const override { return text_->inkBounds(); }
     int lineCount() const override { return text_->lineCount(); }
     bool isTruncated() const override { return text_->isTruncated(); }
     double firstBaseline() const override { return text_->firstBaseline(); }

@@ -138,6 +138,7 @@ public:
 
 protected:
     void drawContent(platform::Canvas& canvas) const override { window_.draw(canvas); }
+    bool isPlaying() const override { return true; }  // nothing tells what changes in there
 
 private:
     ui::Window& window_;

@@ -44,6 +44,15 @@ struct Rect {
         return {left, top, std::max(0.0, std::min(maxX(), other.maxX()) - left),
                 std::max(0.0, std::min(maxY(), other.maxY()) - top)};
     }
+    /// The smallest that holds both; an empty one counts for nothing.
+    Rect united(const Rect& other) const {
+        if (isEmpty()) return other;
+        if (other.isEmpty()) return *this;
+        const double left = std::min(x, other.x);
+        const double top = std::min(y, other.y);
+        return {left, top, std::max(maxX(), other.maxX()) - left,
+                std::max(maxY(), other.maxY()) - top};
+    }
     bool operator==(const Rect&) const = default;
 };
 

@@ -31,6 +31,8 @@ public:
     /// The bounding rectangle's, line gaps included; as wide as its widest line. An empty text has
     /// the height of a line and no width.
     virtual Size size() const = 0;
+    /// What is drawn of it lies within, counted from the frame's upper left corner.
+    virtual Rect inkBounds() const = 0;
     virtual int lineCount() const = 0;
     virtual bool isTruncated() const = 0;
     /// From the top to the baseline of the first and of the last line.

@@ -22,10 +22,13 @@ void crossFade(View& view, double seconds, const std::function<void()>& change,
                std::function<void()> completion) {
     Drawing oldContent(view.traitCollection().displayScale);
     view.layoutIfNeeded();
-    view.drawBody(oldContent);
+    view.drawBody(oldContent, kEverywhere);
+    const platform::Rect oldExtent = view.extent();
     if (change) change();
     if (view.animations_ == nullptr) view.animations_ = std::make_unique<View::Animations>();
     view.animations_->oldContent = std::move(oldContent);
+    view.animations_->oldExtent = oldExtent;
+    view.setNeedsDisplay();
     view.animations_->oldAlpha.set(1);
     view.animations_->oldAlpha.animateTo(0, seconds);
     callAfter(seconds, [weak = view.weak_from_this(), completion = std::move(completion)] {

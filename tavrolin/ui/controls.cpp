@@ -40,6 +40,11 @@ bool Control::takeTap(Point) {
     return true;
 }
 
+void Control::setEnabled(bool enabled) {
+    isEnabled_ = enabled;
+    setNeedsDisplay();
+}
+
 void Control::sendAction() {
     const Action action = action_;  // which may set another one
     if (action) action(*this);
@@ -63,26 +68,41 @@ Button::Button() {
     title_.setTextAlignment(platform::TextAlignment::center);
 }
 
+void Button::contentChanged() {
+    invalidateIntrinsicContentSize();
+    setNeedsDisplay();
+}
+
 void Button::setTitle(std::string_view title) {
     if (title == title_.text()) return;
     title_.setText(title);
-    invalidateIntrinsicContentSize();
+    contentChanged();
+}
+
+void Button::setTitleColor(const DynamicColor& color) {
+    title_.setTextColor(color);
+    setNeedsDisplay();
 }
 
 void Button::setTitleFont(const platform::Font& font) {
     title_.setFont(font);
-    invalidateIntrinsicContentSize();
+    contentChanged();
 }
 
 void Button::setImage(std::shared_ptr<Image> image) {
     if (image == image_) return;
     image_ = std::move(image);
-    invalidateIntrinsicContentSize();
+    contentChanged();
+}
+
+void Button::setTintColor(std::optional<DynamicColor> color) {
+    tintColor_ = color;
+    setNeedsDisplay();
 }
 
 void Button::setContentInsets(const Insets& insets) {
     insets_ = insets;
-    invalidateIntrinsicContentSize();
+    contentChanged();
 }
 
 Size Button::intrinsicContentSize(double) const {
@@ -97,28 +117,36 @@ Size Button::intrinsicContentSize(double) const {
             std::max(0.0, size.height + insets_.top + insets_.bottom)};
 }
 
-void Button::drawContent(Canvas& canvas) const {
+Button::Arrangement Button::arranged() const {
     const bool isReversed = effectiveLayoutDirection() == LayoutDirection::rightToLeft;
     const double left = isReversed ? insets_.trailing : insets_.leading;
     const double right = isReversed ? insets_.leading : insets_.trailing;
-    Rect room{left, insets_.top, std::max(0.0, bounds().width - left - right),
-              std::max(0.0, bounds().height - insets_.top - insets_.bottom)};
+    const Rect room{left, insets_.top, std::max(0.0, bounds().width - left - right),
+                    std::max(0.0, bounds().height - insets_.top - insets_.bottom)};
+    if (image_ == nullptr) return {{}, room};
+    const Size natural = image_->size();
+    const bool isTooLarge = natural.width > room.width || natural.height > room.height;
+    Rect place =
+        placeOf(natural, room, isTooLarge ? ContentMode::scaleAspectFit : ContentMode::center);
+    if (title().empty()) return {place, room};
+    const double text = std::min(title_.intrinsicContentSize(platform::kUnlimitedWidth).width,
+                                 std::max(0.0, room.width - place.width - kImageGap));
+    const double all = place.width + kImageGap + text;
+    const double start = room.x + (room.width - all) / 2;
+    place.x = isReversed ? start + all - place.width : start;
+    return {place,
+            {isReversed ? start : start + place.width + kImageGap, room.y, text, room.height}};
+}
+
+Rect Button::contentExtent() const {
+    const Arrangement arrangement = arranged();
+    return arrangement.image.united(title_.textExtent(arrangement.title));
+}
+
+void Button::drawContent(Canvas& canvas) const {
+    const auto [place, room] = arranged();
     if (!isEnabled()) canvas.beginGroup();
     if (image_ != nullptr) {
-        const Size natural = image_->size();
-        const bool isTooLarge = natural.width > room.width || natural.height > room.height;
-        Rect place =
-            placeOf(natural, room, isTooLarge ? ContentMode::scaleAspectFit : ContentMode::center);
-        if (!title().empty()) {
-            const double text =
-                std::min(title_.intrinsicContentSize(platform::kUnlimitedWidth).width,
-                         std::max(0.0, room.width - place.width - kImageGap));
-            const double all = place.width + kImageGap + text;
-            const double start = room.x + (room.width - all) / 2;
-            place.x = isReversed ? start + all - place.width : start;
-            room = {isReversed ? start : start + place.width + kImageGap, room.y, text,
-                    room.height};
-        }
         const double scale = canvas.scale();
         const auto pixels = image_->pixels({place.width * scale, place.height * scale}, 0);
         std::optional<Color> tint;
@@ -180,6 +208,7 @@ void Slider::setMaximumValue(double value) {
 
 void Slider::setValue(double value) {
     value_ = std::isnan(value) ? minimum_ : std::clamp(value, minimum_, maximum_);
+    setNeedsDisplay();
 }
 
 Size Slider::intrinsicContentSize(double) const {
@@ -195,6 +224,11 @@ bool Slider::takeTap(Point point) {
     setValue(minimum_ + place * (maximum_ - minimum_));
     sendAction();
     return true;
+}
+
+// The thumb with its shadow is higher than a low slider.
+Rect Slider::contentExtent() const {
+    return {-3, bounds().height / 2 - 16, std::max(kThumb, bounds().width) + 6, 34};
 }
 
 void Slider::drawContent(Canvas& canvas) const {
@@ -231,6 +265,7 @@ bool Slider::setProperty(std::string_view name, const foundation::Value& value) 
     } else {
         return Control::setProperty(name, value);
     }
+    setNeedsDisplay();
     return true;
 }
 
@@ -247,6 +282,17 @@ ProgressView::ProgressView() {
 
 void ProgressView::setProgress(double progress) {
     progress_ = part(progress);
+    setNeedsDisplay();
+}
+
+void ProgressView::setProgressTintColor(const DynamicColor& color) {
+    progressTintColor_ = color;
+    setNeedsDisplay();
+}
+
+void ProgressView::setTrackTintColor(const DynamicColor& color) {
+    trackTintColor_ = color;
+    setNeedsDisplay();
 }
 
 Size ProgressView::intrinsicContentSize(double) const {
@@ -267,9 +313,9 @@ void ProgressView::drawContent(Canvas& canvas) const {
 
 bool ProgressView::setProperty(std::string_view name, const foundation::Value& value) {
     if (name == "progressTintColor") {
-        progressTintColor_ = property::color(value);
+        setProgressTintColor(property::color(value));
     } else if (name == "trackTintColor") {
-        trackTintColor_ = property::color(value);
+        setTrackTintColor(property::color(value));
     } else {
         return View::setProperty(name, value);
     }
@@ -297,10 +343,25 @@ void PageControl::setNumberOfPages(std::int64_t pages) {
 
 void PageControl::setCurrentPage(std::int64_t page) {
     currentPage_ = std::clamp<std::int64_t>(page, 0, std::max<std::int64_t>(0, numberOfPages_ - 1));
+    setNeedsDisplay();
+}
+
+void PageControl::setPageIndicatorTintColor(const DynamicColor& color) {
+    pageColor_ = color;
+    setNeedsDisplay();
+}
+
+void PageControl::setCurrentPageIndicatorTintColor(const DynamicColor& color) {
+    currentColor_ = color;
+    setNeedsDisplay();
 }
 
 Size PageControl::intrinsicContentSize(double) const {
     return {static_cast<double>(numberOfPages_) * kDotStep, kPageControlHeight};
+}
+
+Rect PageControl::contentExtent() const {
+    return {0, (bounds().height - kDot) / 2, bounds().width, kDot};
 }
 
 void PageControl::drawContent(Canvas& canvas) const {
@@ -321,9 +382,9 @@ void PageControl::drawContent(Canvas& canvas) const {
 
 bool PageControl::setProperty(std::string_view name, const foundation::Value& value) {
     if (name == "pageIndicatorColor") {
-        pageColor_ = property::color(value);
+        setPageIndicatorTintColor(property::color(value));
     } else if (name == "currentPageIndicatorColor") {
-        currentColor_ = property::color(value);
+        setCurrentPageIndicatorTintColor(property::color(value));
     } else {
         return View::setProperty(name, value);
     }

@@ -16,7 +16,7 @@ public:
     using Action = std::function<void(View& sender)>;
 
     bool isEnabled() const { return isEnabled_; }
-    void setEnabled(bool enabled) { isEnabled_ = enabled; }
+    void setEnabled(bool enabled);
     /// What a touch leads to, instead of what was there.
     void setAction(Action action) { action_ = std::move(action); }
     bool takeTap(platform::Point point) override;  // does nothing but the action
@@ -41,11 +41,11 @@ public:
 
     const std::string& title() const { return title_.text(); }
     void setTitle(std::string_view title);
-    void setTitleColor(const DynamicColor& color) { title_.setTextColor(color); }
+    void setTitleColor(const DynamicColor& color);
     void setTitleFont(const platform::Font& font);
     const std::shared_ptr<Image>& image() const { return image_; }
     void setImage(std::shared_ptr<Image> image);
-    void setTintColor(std::optional<DynamicColor> color) { tintColor_ = color; }
+    void setTintColor(std::optional<DynamicColor> color);
     struct Insets {
         double top = 0;
         double leading = 0;
@@ -60,8 +60,16 @@ public:
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;
+    platform::Rect contentExtent() const override;
 
 private:
+    struct Arrangement {
+        platform::Rect image;  // empty without one
+        platform::Rect title;
+    };
+    Arrangement arranged() const;
+    void contentChanged();
+
     Label title_;  // not in the tree: set and drawn here
     std::shared_ptr<Image> image_;
     std::optional<DynamicColor> tintColor_;
@@ -91,6 +99,7 @@ public:
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;
+    platform::Rect contentExtent() const override;
 
 private:
     double minimum_ = 0;
@@ -111,8 +120,8 @@ public:
     double progress() const { return progress_; }  // 0 to 1
     void setProgress(double progress);             // clamped; not a number is 0
     const DynamicColor& progressTintColor() const { return progressTintColor_; }
-    void setProgressTintColor(const DynamicColor& color) { progressTintColor_ = color; }
-    void setTrackTintColor(const DynamicColor& color) { trackTintColor_ = color; }
+    void setProgressTintColor(const DynamicColor& color);
+    void setTrackTintColor(const DynamicColor& color);
 
     platform::Size intrinsicContentSize(double availableWidth) const override;
     bool setProperty(std::string_view name, const foundation::Value& value) override;
@@ -138,8 +147,8 @@ public:
     void setNumberOfPages(std::int64_t pages);  // 0 when negative
     std::int64_t currentPage() const { return currentPage_; }
     void setCurrentPage(std::int64_t page);  // clamped
-    void setPageIndicatorTintColor(const DynamicColor& color) { pageColor_ = color; }
-    void setCurrentPageIndicatorTintColor(const DynamicColor& color) { currentColor_ = color; }
+    void setPageIndicatorTintColor(const DynamicColor& color);
+    void setCurrentPageIndicatorTintColor(const DynamicColor& color);
 
     platform::Size intrinsicContentSize(double availableWidth) const override;
     bool setProperty(std::string_view name, const foundation::Value& value) override;
@@ -147,6 +156,7 @@ public:
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;
+    platform::Rect contentExtent() const override;
 
 private:
     std::int64_t numberOfPages_ = 0;

@@ -21,7 +21,18 @@ void ImageView::setImage(std::shared_ptr<Image> image) {
     if (before != intrinsicContentSize(platform::kUnlimitedWidth)) {
         invalidateIntrinsicContentSize();
     }
+    setNeedsDisplay();
     setNeedsLayout();  // its owner may keep the picture's shape
+}
+
+void ImageView::setContentMode(ContentMode mode) {
+    contentMode_ = mode;
+    setNeedsDisplay();
+}
+
+void ImageView::setTintColor(std::optional<DynamicColor> color) {
+    tintColor_ = color;
+    setNeedsDisplay();
 }
 
 platform::Size ImageView::intrinsicContentSize(double) const {
@@ -29,11 +40,20 @@ platform::Size ImageView::intrinsicContentSize(double) const {
     return image_->size();
 }
 
+bool ImageView::isPlaying() const {
+    return image_ != nullptr && image_->isAnimated();
+}
+
+platform::Rect ImageView::contentExtent() const {
+    if (image_ == nullptr || bounds().isEmpty()) return {};
+    return placeOf(image_->size(), bounds(), contentMode_);
+}
+
 void ImageView::drawContent(platform::Canvas& canvas) const {
-    if (image_ == nullptr || bounds().isEmpty()) return;
-    const platform::Rect place = placeOf(image_->size(), bounds(), contentMode_);
+    const platform::Rect place = contentExtent();
+    if (place.isEmpty()) return;
     double elapsed = 0;
-    if (image_->isAnimated()) {
+    if (isPlaying()) {
         elapsed = foundation::secondsBetween(shownSince_, platform::current().dispatch->now());
     }
     const double scale = canvas.scale();

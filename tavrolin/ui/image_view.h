@@ -17,9 +17,9 @@ public:
     const std::shared_ptr<Image>& image() const { return image_; }
     void setImage(std::shared_ptr<Image> image);
     ContentMode contentMode() const { return contentMode_; }
-    void setContentMode(ContentMode mode) { contentMode_ = mode; }
+    void setContentMode(ContentMode mode);
     /// The picture's shape in one colour, instead of its own.
-    void setTintColor(std::optional<DynamicColor> color) { tintColor_ = color; }
+    void setTintColor(std::optional<DynamicColor> color);
 
     platform::Size intrinsicContentSize(double availableWidth) const override;  // the image's
     bool setProperty(std::string_view name, const foundation::Value& value) override;
@@ -27,6 +27,8 @@ public:
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;
+    platform::Rect contentExtent() const override;
+    bool isPlaying() const override;
 
 private:
     std::shared_ptr<Image> image_;

@@ -75,6 +75,7 @@ void Label::setFont(const platform::Font& font) {
 
 void Label::setTextColor(const DynamicColor& color) {
     textColor_ = color;  // texts are set without colours of their own
+    setNeedsDisplay();
 }
 
 void Label::setTextAlignment(TextAlignment alignment) {
@@ -103,6 +104,7 @@ void Label::changed() {
 
 void Label::forgetSetTexts() {
     natural_ = measured_ = drawn_ = Set();
+    setNeedsDisplay();
 }
 
 // --- Measuring
@@ -230,15 +232,32 @@ void Label::drawContent(platform::Canvas& canvas) const {
     drawText(canvas, bounds(), resolved(textColor_));
 }
 
+platform::Rect Label::contentExtent() const {
+    return textExtent(bounds());
+}
+
+platform::Rect Label::textExtent(const platform::Rect& rect) const {
+    if (text().empty() || rect.isEmpty()) return {};
+    const LayoutRef layout = layoutFor(rect.size());
+    if (layout == nullptr) return {};
+    const platform::Point origin = textOrigin(*layout, rect);
+    return layout->inkBounds().movedBy(origin.x, origin.y);
+}
+
+// Of what `layoutFor` gave for that rectangle: texts stand in the middle.
+platform::Point Label::textOrigin(const platform::TextLayout& layout,
+                                  const platform::Rect& rect) const {
+    const double rest = rect.height - layout.size().height;
+    return {rect.x + drawnX_, rect.y + (rest > kRoundingSlack ? rest / 2 : 0)};
+}
+
 void Label::drawText(platform::Canvas& canvas, const platform::Rect& rect,
                      const platform::Color& color) const {
     if (text().empty() || rect.isEmpty()) return;
     const LayoutRef layout = layoutFor(rect.size());
     if (layout == nullptr) return;
     if (auto* drawing = dynamic_cast<Drawing*>(&canvas)) drawing->keep(layout);
-    const double rest = rect.height - layout->size().height;  // texts stand in the middle
-    canvas.drawText(*layout, {rect.x + drawnX_, rect.y + (rest > kRoundingSlack ? rest / 2 : 0)},
-                    color);
+    canvas.drawText(*layout, textOrigin(*layout, rect), color);
 }
 
 bool Label::setProperty(std::string_view name, const foundation::Value& value) {

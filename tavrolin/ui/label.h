@@ -46,6 +46,7 @@ public:
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;
+    platform::Rect contentExtent() const override;
 
 private:
     friend class Button;
@@ -62,6 +63,9 @@ private:
     bool isInTabularFigures() const { return font_.tabularFigures && !attributedText_; }
     const platform::Size& naturalSize() const;
     bool startsRightToLeft() const;
+    platform::Point textOrigin(const platform::TextLayout& layout,
+                               const platform::Rect& rect) const;
+    platform::Rect textExtent(const platform::Rect& rect) const;
     void drawText(platform::Canvas& canvas, const platform::Rect& rect,
                   const platform::Color& color) const;
     void changed();

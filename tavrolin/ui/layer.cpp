@@ -7,6 +7,34 @@
 
 namespace tavrolin::ui {
 
+void Layer::changed() {
+    static std::uint64_t changes = 0;
+    lastChange_ = ++changes;
+}
+
+std::uint64_t Layer::lastChange() const {
+    std::uint64_t last = lastChange_;
+    for (const auto& sublayer : sublayers_)
+        last = std::max(last, sublayer->lastChange());
+    return last;
+}
+
+bool Layer::isPlaying() const {
+    return std::ranges::any_of(sublayers_, [](const auto& layer) { return layer->isPlaying(); });
+}
+
+void Layer::setFrame(const platform::Rect& frame) {
+    if (frame == frame_) return;
+    frame_ = frame;
+    changed();
+}
+
+void Layer::setMasksToBounds(bool masks) {
+    if (masks == masksToBounds_) return;
+    masksToBounds_ = masks;
+    changed();
+}
+
 void Layer::addSublayer(std::shared_ptr<Layer> layer) {
     insertSublayer(std::move(layer), sublayers_.size());
 }
@@ -15,10 +43,20 @@ void Layer::insertSublayer(std::shared_ptr<Layer> layer, std::size_t index) {
     if (layer == nullptr || layer.get() == this) return;
     const auto place = std::min(index, sublayers_.size());
     sublayers_.insert(sublayers_.begin() + static_cast<std::ptrdiff_t>(place), std::move(layer));
+    changed();
 }
 
 void Layer::removeSublayer(const Layer& layer) {
     std::erase_if(sublayers_, [&](const auto& other) { return other.get() == &layer; });
+    changed();
+}
+
+platform::Rect Layer::extent() const {
+    platform::Rect all = frame_;
+    if (masksToBounds_) return all;
+    for (const auto& sublayer : sublayers_)
+        all = all.united(sublayer->extent().movedBy(frame_.x, frame_.y));
+    return all;
 }
 
 void Layer::draw(platform::Canvas& canvas) const {
@@ -33,9 +71,20 @@ void Layer::draw(platform::Canvas& canvas) const {
 
 void Layer::drawContent(platform::Canvas&) const {}
 
+void GradientLayer::setGradient(platform::Gradient gradient) {
+    if (gradient == gradient_) return;
+    gradient_ = std::move(gradient);
+    changed();
+}
+
 void GradientLayer::drawContent(platform::Canvas& canvas) const {
     if (gradient_.colors.empty()) return;
     canvas.fill({0, 0, frame().width, frame().height}, 0, gradient_);
+}
+
+void PlayerLayer::setVideoGravity(VideoGravity gravity) {
+    videoGravity_ = gravity;
+    changed();
 }
 
 void PlayerLayer::drawContent(platform::Canvas& canvas) const {

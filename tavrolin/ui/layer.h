@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -18,9 +19,9 @@ public:
     virtual std::string_view className() const { return "Layer"; }
 
     const platform::Rect& frame() const { return frame_; }
-    void setFrame(const platform::Rect& frame) { frame_ = frame; }
+    void setFrame(const platform::Rect& frame);
     bool masksToBounds() const { return masksToBounds_; }
-    void setMasksToBounds(bool masks) { masksToBounds_ = masks; }
+    void setMasksToBounds(bool masks);
 
     /// In the order of drawing. Changing it is up to the layer that holds it.
     const std::vector<std::shared_ptr<Layer>>& sublayers() const { return sublayers_; }
@@ -31,13 +32,21 @@ public:
 
     /// Itself and its sublayers, in its superlayer's coordinates.
     void draw(platform::Canvas& canvas) const;
+    /// What it draws on, in its superlayer's coordinates.
+    platform::Rect extent() const;
+    /// Grows whenever it or a sublayer comes to look different.
+    std::uint64_t lastChange() const;
+    /// It, or a sublayer, looks different from moment to moment by itself.
+    virtual bool isPlaying() const;
 
 protected:
+    void changed();
     virtual void drawContent(platform::Canvas& canvas) const;  // nothing, in its own coordinates
 
 private:
     platform::Rect frame_;
     bool masksToBounds_ = false;
+    std::uint64_t lastChange_ = 0;
     std::vector<std::shared_ptr<Layer>> sublayers_;
 };
 
@@ -45,7 +54,7 @@ class GradientLayer : public Layer {
 public:
     std::string_view className() const override { return "GradientLayer"; }
     const platform::Gradient& gradient() const { return gradient_; }
-    void setGradient(platform::Gradient gradient) { gradient_ = std::move(gradient); }
+    void setGradient(platform::Gradient gradient);
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;
@@ -63,7 +72,8 @@ public:
         : player_(std::move(player)) {}
     std::string_view className() const override { return "PlayerLayer"; }
     VideoGravity videoGravity() const { return videoGravity_; }
-    void setVideoGravity(VideoGravity gravity) { videoGravity_ = gravity; }
+    void setVideoGravity(VideoGravity gravity);
+    bool isPlaying() const override { return true; }  // a seek moves a paused one, too
 
 protected:
     void drawContent(platform::Canvas& canvas) const override;

@@ -70,6 +70,7 @@ void View::attach(std::shared_ptr<View> view, std::size_t index) {
     const auto place = static_cast<std::ptrdiff_t>(std::min(index, subviews_.size()));
     subviews_.insert(subviews_.begin() + place, std::move(view));
     invalidateStructure();
+    invalidateDisplay();
 }
 
 void View::removeFromSuperview() {
@@ -84,6 +85,7 @@ void View::detach(const View& view) {
     const auto kept = std::move(*found);  // until nothing here refers to it any more
     subviews_.erase(found);
     invalidateStructure();
+    invalidateDisplay();
 }
 
 bool View::isDescendantOf(const View& view) const {
@@ -145,9 +147,25 @@ void View::setHidden(bool hidden) {
     if (isArranged_) invalidateStructure();
 }
 
+void View::setBackgroundColor(std::optional<DynamicColor> color) {
+    backgroundColor_ = color;
+    setNeedsDisplay();
+}
+
+void View::setCornerRadius(double radius) {
+    cornerRadius_ = radius;
+    setNeedsDisplay();
+}
+
 void View::setBorder(double width, const DynamicColor& color) {
     borderWidth_ = std::max(0.0, finite(width));
     borderColor_ = color;
+    setNeedsDisplay();
+}
+
+void View::setClipsToBounds(bool clips) {
+    clipsToBounds_ = clips;
+    setNeedsDisplay();
 }
 
 // --- Layout
@@ -156,6 +174,7 @@ void View::setSemanticContentAttribute(SemanticContentAttribute attribute) {
     if (attribute == semantic_) return;
     semantic_ = attribute;
     invalidateStructure();
+    invalidateDisplay();
 }
 
 LayoutDirection View::effectiveLayoutDirection() const {
@@ -201,50 +220,6 @@ View* View::hitTest(Point point) {
         if (hit != nullptr) return hit;
     }
     return this;
-}
-
-// --- Drawing
-
-void View::draw(platform::Canvas& canvas) const {
-    if (isHidden_) return;
-    drawIn(canvas);
-}
-
-void View::drawBody(platform::Canvas& canvas) const {
-    const Rect here = bounds();
-    const bool clips = clipsToBounds_ || layer_.masksToBounds();
-    canvas.save();
-    if (clips) canvas.clip(here, cornerRadius_);
-    if (backgroundColor_) {
-        const platform::Color& color = resolved(*backgroundColor_);
-        if (color.alpha > 0) canvas.fill(here, clips ? 0 : cornerRadius_, color);
-    }
-    for (const auto& layer : layer_.sublayers())
-        layer->draw(canvas);
-    drawContent(canvas);
-    drawSubviews(canvas);
-    if (borderWidth_ > 0) {
-        const platform::Color& color = resolved(borderColor_);
-        if (color.alpha > 0) canvas.stroke(here, cornerRadius_, borderWidth_, color);
-    }
-    canvas.restore();
-}
-
-void View::drawSubviews(platform::Canvas& canvas) const {
-    const Point offset = contentOffset();
-    const Rect seen = bounds().movedBy(offset.x, offset.y);
-    for (const auto& child : subviews_) {
-        if (child->isHidden_) continue;
-        // The pages of a scroll view that are not seen need no pictures either.
-        if (clipsToBounds_ && !child->frame_.isEmpty() &&
-            child->frame_.intersection(seen).isEmpty()) {
-            continue;
-        }
-        canvas.save();
-        canvas.translate(child->frame_.x - offset.x, child->frame_.y - offset.y);
-        child->drawIn(canvas);
-        canvas.restore();
-    }
 }
 
 // --- Interface files

@@ -89,13 +89,13 @@ public:
     void setAlpha(double alpha);             // 0 to 1
     double presentAlpha() const;             // at this moment of the clock
     const std::optional<DynamicColor>& backgroundColor() const { return backgroundColor_; }
-    void setBackgroundColor(std::optional<DynamicColor> color) { backgroundColor_ = color; }
+    void setBackgroundColor(std::optional<DynamicColor> color);
     double cornerRadius() const { return cornerRadius_; }
-    void setCornerRadius(double radius) { cornerRadius_ = radius; }
+    void setCornerRadius(double radius);
     double borderWidth() const { return borderWidth_; }
     void setBorder(double width, const DynamicColor& color);
     bool clipsToBounds() const { return clipsToBounds_; }
-    void setClipsToBounds(bool clips) { clipsToBounds_ = clips; }
+    void setClipsToBounds(bool clips);
     /// Its sublayers are drawn between the background and the content. Its frame is the bounds.
     Layer& layer() { return layer_; }
     const Layer& layer() const { return layer_; }
@@ -172,6 +172,13 @@ protected:
     virtual void willRemoveSubview(const View&) {}
     /// In its own coordinates, above its background and below its subviews.
     virtual void drawContent(platform::Canvas&) const {}
+    /// What `drawContent` draws on beside the bounds.
+    virtual platform::Rect contentExtent() const { return {}; }
+    /// `drawContent` draws something else from moment to moment, without anything being set.
+    virtual bool isPlaying() const { return false; }
+    /// `drawContent` draws something else than it did. What the properties of `View` change is
+    /// noticed without it.
+    void setNeedsDisplay() { needsDisplay_ = true; }
     const platform::Color& resolved(const DynamicColor& color) const;
     /// The natural size, or what it depends on, is another one.
     void invalidateIntrinsicContentSize();
@@ -200,9 +207,29 @@ private:
     void detach(const View& view);
     void place(const platform::Rect& frame);
     void layOutSubtree();
-    void drawIn(platform::Canvas& canvas) const;
-    void drawBody(platform::Canvas& canvas) const;
-    void drawSubviews(platform::Canvas& canvas) const;
+    bool clips() const { return clipsToBounds_ || layer_.masksToBounds(); }
+    platform::Point originOf(const View& child) const;
+    double presentOldAlpha() const;
+    platform::Rect ownExtent() const;
+    platform::Rect extent() const;
+    void drawIn(platform::Canvas& canvas, const platform::Rect& visible) const;
+    void drawBody(platform::Canvas& canvas, const platform::Rect& visible) const;
+    void drawSelf(platform::Canvas& canvas) const;
+    void drawSubviews(platform::Canvas& canvas, const platform::Rect& visible) const;
+    struct Surroundings;
+    void collectDirty(const Surroundings& surroundings, platform::Rect& dirty);
+    void invalidateDisplay();        // of the whole tree
+    platform::Rect takeDirtyRect();  // of the root, in its coordinates
+
+    // How it was when the dirty part of its tree was last taken.
+    struct Display {
+        double alpha = 0;  // 0: not to be seen
+        double oldAlpha = 0;
+        std::uint64_t layerChange = 0;
+        platform::Rect frame;    // from the root
+        platform::Rect extent;   // its own, from the root
+        platform::Rect visible;  // what is not clipped of the extent
+    };
 
     platform::Rect frame_;
     platform::Rect placedFrame_;  // what `setFrame` was given
@@ -224,11 +251,13 @@ private:
     std::uint32_t layoutIndex_ = UINT32_MAX;  // the layout engine's
     double measuredWidth_ = -1;               // that its height was measured for; none below 0
     bool intrinsicSizeChanged_ = true;
+    bool needsDisplay_ = true;
     bool isArranged_ = false;  // a member of the stack view that is its superview
     bool isPlacedByFrame_ = false;
     bool isHidden_ = false;
     bool clipsToBounds_ = false;
     bool isUserInteractionEnabled_ = true;
+    Display display_;
     std::unique_ptr<Animations> animations_;
     std::unique_ptr<Root> root_;  // of the root only: its surroundings, and whether it needs layout
 };

@@ -125,20 +125,4 @@ double View::presentAlpha() const {
     return animations_->alpha.present();
 }
 
-// At its own origin.
-void View::drawIn(platform::Canvas& canvas) const {
-    const double alpha = presentAlpha();
-    if (alpha <= 0) return;
-    if (alpha < 1) canvas.beginGroup();
-    drawBody(canvas);
-    const double oldAlpha = animations_ == nullptr ? 0 : animations_->oldAlpha.present();
-    if (oldAlpha > 0) {
-        // Over the new content: where both are opaque nothing shines through.
-        canvas.beginGroup();
-        animations_->oldContent.draw(canvas);
-        canvas.endGroup(oldAlpha);
-    }
-    if (alpha < 1) canvas.endGroup(alpha);
-}
-
 }  // namespace tavrolin::ui

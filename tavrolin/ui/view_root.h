@@ -10,6 +10,9 @@
 
 namespace tavrolin::ui {
 
+/// Where nothing is clipped.
+inline constexpr platform::Rect kEverywhere{-1e9, -1e9, 2e9, 2e9};
+
 /// What a tree has once.
 struct View::Root {
     LayoutEngine engine;
@@ -19,6 +22,7 @@ struct View::Root {
     bool needsLayout = true;
     bool needsCalls = true;  // of `layoutSubviews`, with the next layout
     bool structureChanged = true;
+    bool needsDisplay = true;  // all of it
     bool isLayingOut = false;
 };
 
@@ -28,6 +32,7 @@ struct View::Animations {
 
     // The picture of what was there, and how much of it is left.
     Drawing oldContent;
+    platform::Rect oldExtent;
     AnimatedValue oldAlpha{0};
 };
 

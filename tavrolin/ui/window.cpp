@@ -65,6 +65,7 @@ Window::Window(ViewController& controller, double width, const TraitCollection& 
     root.surroundings.traits = controller.traits_;
     root.structureChanged = true;
     root.needsLayout = true;
+    root.needsDisplay = true;
     root.needsLayoutBlock = [state = state_.get()] { state->schedule(); };
     root.didLayOutBlock = [state = state_.get()] { state->controller.viewDidLayoutSubviews(); };
     controller.traitCollectionDidChange(nullptr);
@@ -86,6 +87,7 @@ void Window::setTraitCollection(const TraitCollection& traits) {
     View::Root& root = view.root();
     root.surroundings.traits = controller.traits_;
     view.invalidateStructure();
+    view.invalidateDisplay();
     controller.traitCollectionDidChange(&previous);
 }
 
@@ -110,6 +112,31 @@ void Window::draw(platform::Canvas& canvas) {
     }
     view.draw(canvas);
     if (isCutOff) canvas.restore();
+}
+
+platform::Rect Window::takeDirtyRect() {
+    const platform::Size shown = size();
+    const double scale = state_->controller.traits_.displayScale;
+    const platform::Rect dirty = state_->controller.view().takeDirtyRect();
+    if (dirty.isEmpty()) return {};
+    // A pixel more, for what is drawn between pixels.
+    const double left = std::floor(dirty.x * scale - 1) / scale;
+    const double top = std::floor(dirty.y * scale - 1) / scale;
+    const double right = std::ceil(dirty.maxX() * scale + 1) / scale;
+    const double bottom = std::ceil(dirty.maxY() * scale + 1) / scale;
+    return platform::Rect{left, top, right - left, bottom - top}.intersection(
+        {0, 0, shown.width, shown.height});
+}
+
+void Window::draw(platform::Canvas& canvas, const platform::Rect& rect) {
+    const platform::Size shown = size();
+    const View& view = state_->controller.view();
+    const platform::Rect part = rect.intersection({0, 0, shown.width, shown.height});
+    if (view.isHidden() || part.isEmpty()) return;
+    canvas.save();
+    canvas.clip(part, 0);
+    view.drawIn(canvas, part);
+    canvas.restore();
 }
 
 View* Window::tap(platform::Point point) {

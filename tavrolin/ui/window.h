@@ -50,7 +50,14 @@ public:
     /// The view's; lays out first. Never beyond 16,384 pixels high: what is longer is cut off.
     platform::Size size();
     void draw(platform::Canvas& canvas);  // lays out first
-    View* tap(platform::Point point);     // lays out first
+    /// What looks different since it was last asked for, on whole pixels and as one rectangle; at
+    /// first all, and empty when nothing does. Lays out first. Of pictures and films that play it
+    /// always counts what they cover.
+    platform::Rect takeDirtyRect();
+    /// The part of it in a rectangle, on a canvas where nothing is drawn yet: what it is in the
+    /// whole, but for what the canvas rounds at the edge of a clip. Lays out first.
+    void draw(platform::Canvas& canvas, const platform::Rect& rect);
+    View* tap(platform::Point point);  // lays out first
     /// Tells the controller that it is going; once.
     void disappear();
 

@@ -284,6 +284,35 @@ void drawEverything(Typesetter& typesetter, platform::Canvas& canvas) {
     canvas.endGroup(0.8);
 }
 
+// Whoever draws a part only leaves out the texts that lie elsewhere.
+TEST(PixelCanvas, DrawsTextsWithinTheirInk) {
+    Typesetter typesetter;
+    StyledText styled = text("f", {.size = 40, .bold = true, .italic = true});
+    styled.append(" jÅ\u0323\u0331", {.font = {.size = 9}, .underline = true});
+    styled.append("x", {.font = kBody, .backgroundColor = Color{1, 0, 0}, .strikethrough = true});
+    const std::pair<StyledText, TextFrame> cases[] = {
+        {text("fjord Ägypten gypsy", {.size = 15, .italic = true}), {60}},
+        {text("Z\u0301\u0302\u0303\u0304\u0306\u0323\u0331 ﷽ \U0001F600"), {120}},
+        {text("clipped somewhere", {.size = 15, .italic = true}), {50, 1, LineBreakMode::clipping}},
+        {text("right", kBody), {90, 1, LineBreakMode::clipping, TextAlignment::right}},
+        {styled, {100}}};
+    for (const auto& [string, frame] : cases) {
+        const auto layout = typesetter.layout(string, frame);
+        PixelCanvas canvas(250, 250, 2);
+        canvas.drawText(*layout, {100, 100}, Color::black());
+        const auto image = canvas.image();
+        platform::Rect drawn;
+        for (std::uint32_t i = 0; i < 500 * 500; ++i) {
+            if (image->pixels[std::size_t{i} * 4 + 3] == 0) continue;
+            drawn = drawn.united({i % 500 / 2.0 - 100, i / 500 / 2.0 - 100, 0.5, 0.5});
+        }
+        const platform::Rect ink = layout->inkBounds();
+        EXPECT_FALSE(drawn.isEmpty());
+        EXPECT_EQ(drawn.intersection(ink.inset(-0.5, -0.5)), drawn) << string.string;
+        EXPECT_LT(ink.height, drawn.height + 20) << string.string;
+    }
+}
+
 TEST(PixelCanvas, WritesTheSameBytesTwice) {
     std::string files[2];
     for (std::string& file : files) {
