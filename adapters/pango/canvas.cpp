@@ -28,7 +28,7 @@ namespace {
 
 // In pixels; what lies farther out is drawn by nobody, and Cairo's numbers end at eight million.
 constexpr double kFarthest = 4'000'000;
-// How far from the grid of pixels a picture may lie and still be taken for lying on it.
+// How far from the grid of pixels a place may lie and still be taken for lying on it.
 constexpr double kOnGrid = 0.01;
 // A screen's worth at two pixels for a point.
 constexpr int kBandPixels = 1'500'000;
@@ -307,15 +307,20 @@ void Canvas::stroke(const Rect& rect, double cornerRadius, double width, const C
 
 namespace {
 
-// Where a rectangle comes to lie, in pixels; nothing when that is not on their grid.
-bool liesOnGrid(cairo_t* cairo, const Rect& rect, double width, double height, Point& origin) {
+// Where a picture comes to lie that has a pixel for each of its place, but for broken ones: on
+// whole ones. Nothing for any other, which is to be stretched.
+std::optional<Point> placeOnGrid(cairo_t* cairo, const Rect& rect, double width, double height) {
     Point corner = rect.origin();
     Point size = {rect.width, rect.height};
     cairo_user_to_device(cairo, &corner.x, &corner.y);
     cairo_user_to_device_distance(cairo, &size.x, &size.y);
-    origin = {std::round(corner.x), std::round(corner.y)};
-    return std::abs(corner.x - origin.x) < kOnGrid && std::abs(corner.y - origin.y) < kOnGrid &&
-           std::abs(size.x - width) < kOnGrid && std::abs(size.y - height) < kOnGrid;
+    const auto isFor = [](double pixels, double length) {
+        return pixels > length - 1 + kOnGrid && pixels < length + 1 - kOnGrid &&
+               pixels >= std::floor(length + kOnGrid);
+    };
+    if (!isFor(width, size.x) || !isFor(height, size.y)) return std::nullopt;
+    // Halves go the same way wherever they are.
+    return Point{std::floor(corner.x + 0.5 + kOnGrid), std::floor(corner.y + 0.5 + kOnGrid)};
 }
 
 }  // namespace
@@ -329,11 +334,9 @@ void Canvas::drawImage(const ImageRef& image, const Rect& rect, const std::optio
     const PatternHandle pattern(cairo_pattern_create_for_surface(picture));
     const double width = image->width;
     const double height = image->height;
-    Point origin;
-    const bool isOnGrid = liesOnGrid(cairo, rect, width, height, origin);
-    if (isOnGrid) {
+    if (const auto origin = placeOnGrid(cairo, rect, width, height)) {
         cairo_identity_matrix(cairo);
-        cairo_translate(cairo, origin.x, origin.y);
+        cairo_translate(cairo, origin->x, origin->y);
         cairo_pattern_set_filter(pattern.get(), CAIRO_FILTER_NEAREST);
         cairo_rectangle(cairo, 0, 0, width, height);
     } else {

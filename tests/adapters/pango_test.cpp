@@ -450,6 +450,11 @@ TEST(PixelCanvas, PutsColoursWhereTheyBelong) {
              c.drawImage(fourPixels(), {3, 4, 2, 2}, {});
          },
          {{3, 4, 0xFF0000FF}, {4, 4, 0x00FF00FF}, {3, 5, 0x0000FFFF}, {4, 5, 0}, {5, 4, 0}}},
+        {"a picture beside the grid, of as many pixels",
+         [&](auto& c) {
+             c.drawImage(fourPixels(), {2.5, 4.4, 2.9, 2.6}, {});
+         },
+         {{3, 4, 0xFF0000FF}, {4, 4, 0x00FF00FF}, {3, 5, 0x0000FFFF}, {4, 5, 0}, {5, 4, 0}}},
         {"a picture that is stretched",
          [&](auto& c) {
              c.drawImage(fourPixels(), {0, 0, 20, 20}, {});
