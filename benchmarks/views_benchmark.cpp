@@ -1,9 +1,11 @@
 // What the expanded view costs, layout by layout, at 2 pixels a point: its texts set anew, laid out
 // and drawn, beside bare Cairo and Pango calls that set and draw the same texts and the same
 // pictures at the same places. Both set texts that they never set before, in fonts that they know,
-// and draw pictures that are decoded. Then the same with nothing changed, and `expand --png` from
-// the start of its process beside a bare program that loads the same fonts and draws the same. Last
-// the most memory that the content extension takes for what is large.
+// and draw pictures that are decoded. Then the same with nothing changed; a second of a countdown
+// and a step of a carousel, of which only what changed is laid out and drawn, beside the whole
+// view; and `expand --png` from the start of its process beside a bare program that loads the same
+// fonts and draws the same. Last the most memory that the content extension takes for what is
+// large.
 
 #include <fcntl.h>
 #include <pango/pangocairo.h>
@@ -33,6 +35,7 @@
 #include "adapters/plist/folder_bundles.h"
 #include "adapters/posix/posix_files.h"
 #include "benchmarks/ratios.h"
+#include "tavrolin/content_ui/components/item_carousel_component.h"
 #include "tavrolin/content_ui/custom_notification_view_controller.h"
 #include "tavrolin/content_ui/notification_view.h"
 #include "tavrolin/payload/payload_keys.h"
@@ -124,11 +127,30 @@ Value payloadOf(const std::string& example, const std::string& media) {
     return payload;
 }
 
-platform::DeliveredNotification notification(const std::string& example, const char* media) {
+std::string mediaPath(const char* name) {
+    return name == nullptr ? "" : kSource + "/examples/media/" + std::string(name);
+}
+
+// The example's carousel with these pictures, an item each.
+Value carouselOf(const std::string& example, const std::vector<std::string>& pictures) {
+    Value payload = payloadOf(example, "");
+    Value section = payload["cvnPayload"];
+    const Value items = section["carousel"];
+    Value filled = Value::array();
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        Value item = items.at(i % items.count());
+        item.set(kPNCarouselImageURLPath, pictures[i]);
+        filled.append(item);
+    }
+    section.set("carousel", filled);
+    payload.set("cvnPayload", section);
+    return payload;
+}
+
+platform::DeliveredNotification notification(Value payload) {
     platform::DeliveredNotification result;
-    result.request.identifier = example;
-    result.request.content.userInfo = payloadOf(
-        example, media == nullptr ? "" : kSource + "/examples/media/" + std::string(media));
+    result.request.identifier = "x";
+    result.request.content.userInfo = std::move(payload);
     return result;
 }
 
@@ -198,10 +220,10 @@ private:
 
 class Expanded {
 public:
-    Expanded(const std::string& example, const char* media)
+    explicit Expanded(Value payload)
         : controller_(std::make_shared<CVNCustomNotificationViewController>()),
           window_(*controller_, kWidth, {.displayScale = kScale}) {
-        controller_->didReceiveNotification(notification(example, media));
+        controller_->didReceiveNotification(notification(std::move(payload)));
         ports().memory.dispatch.advance(0.1);
         size_ = window_.size();
         collect(controller_->view(), {});
@@ -223,10 +245,26 @@ public:
         }
     }
     void layOut() { window_.layoutIfNeeded(); }
-    void layOutAndDraw() {
-        controller_->view().setNeedsLayout();
+    void draw() {
         adapters::pango::PixelCanvas canvas(size_.width, size_.height, kScale);
         window_.draw(canvas);
+    }
+    void layOutAndDraw() {
+        controller_->view().setNeedsLayout();
+        draw();
+    }
+    /// What looks different since the last time; returns how large that is, in points.
+    platform::Size drawChanges() {
+        const Rect dirty = window_.takeDirtyRect();
+        if (dirty.isEmpty()) return {};
+        adapters::pango::PixelCanvas canvas(dirty.width, dirty.height, kScale);
+        canvas.translate(-dirty.x, -dirty.y);
+        window_.draw(canvas, dirty);
+        return dirty.size();
+    }
+    template <class T>
+    T& find() {
+        return *find<T>(controller_->view());
     }
 
     struct Text {
@@ -239,6 +277,14 @@ public:
     platform::Size size() const { return size_; }
 
 private:
+    template <class T>
+    static T* find(ui::View& view) {
+        if (auto* const found = dynamic_cast<T*>(&view)) return found;
+        for (const auto& subview : view.subviews()) {
+            if (T* const found = find<T>(*subview)) return found;
+        }
+        return nullptr;
+    }
     void collect(ui::View& view, Point origin) {
         if (view.isHidden()) return;
         const Rect frame = view.frame().movedBy(origin.x, origin.y);
@@ -423,7 +469,7 @@ constexpr Example kExamples[] = {{"layout_01", "long-text.json", nullptr},
                                  {"layout_61", "video.json", "clip.avi"}};
 
 void measureLayout(const Example& example) {
-    Expanded view(example.file, example.media);
+    Expanded view(payloadOf(example.file, mediaPath(example.media)));
     const Bare bare(view);
     int ours = 0;
     int theirs = 0;
@@ -442,18 +488,60 @@ void measureLayout(const Example& example) {
                kGoal);
 }
 
-// A second of a countdown, from its timer to the frames, beside a layout of the same view.
-void measureTick() {
-    Expanded view("countdown.json", "landscape-1.jpg");
+// A second of a countdown, from its timer to the frames and to the pixels.
+void measureTick(const char* name, const char* example) {
+    Expanded view(payloadOf(example, mediaPath("landscape-1.jpg")));
     int turn = 0;
-    const auto times = timesInTurns(TimeOf::processor, kTurns, kRuns,
-                                    {[&] { ports().memory.dispatch.advance(1); },
-                                     [&] {
-                                         view.setTextsAnew(turn++);
-                                         view.layOut();
-                                     }});
-    std::printf("tick %.1f us, whole layout %.1f us\n", median(times[0]), median(times[1]));
-    printRatio("tick_to_whole_layout", medianRatio(times[0], times[1]), 0.1);
+    platform::Size part;
+    view.drawChanges();
+    const auto tick = [&] { ports().memory.dispatch.advance(1); };
+    const auto setAnew = [&] {
+        view.setTextsAnew(turn++);
+        view.layOut();
+    };
+    const auto layouts = timesInTurns(TimeOf::processor, kTurns, kRuns, {tick, setAnew});
+    tick();
+    view.drawChanges();
+    const auto all = timesInTurns(TimeOf::processor, kTurns, kRuns,
+                                  {[&] {
+                                       tick();
+                                       part = view.drawChanges();
+                                   },
+                                   [&] {
+                                       setAnew();
+                                       view.draw();
+                                   }});
+    std::printf(
+        "%-12s %.1f us, whole layout %.1f us; with drawing of %.0f x %.0f points %.0f us, of the "
+        "whole %.0f us\n",
+        name, median(layouts[0]), median(layouts[1]), part.width, part.height, median(all[0]),
+        median(all[1]));
+    printRatio(std::string(name) + "_to_whole_layout", medianRatio(layouts[0], layouts[1]), 0.1);
+}
+
+// A step of a carousel that has come to its end, with pictures that are decoded.
+void measureStep(const char* name, const char* example) {
+    Expanded view(carouselOf(example, {mediaPath("landscape-1.jpg"), mediaPath("landscape-2.jpg"),
+                                       mediaPath("landscape-3.jpg")}));
+    auto& carousel = view.find<ItemCarouselComponent>();
+    int turn = 0;
+    platform::Size part;
+    const auto step = [&] {
+        carousel.nextItem();
+        ports().memory.dispatch.advance(0.4);
+        part = view.drawChanges();
+    };
+    for (int i = 0; i < 3; ++i)
+        step();
+    const auto times =
+        timesInTurns(TimeOf::processor, kTurns, kRuns, {step, [&] {
+                                                            view.setTextsAnew(turn++);
+                                                            view.layOutAndDraw();
+                                                        }});
+    std::printf("%-12s %.0f us for %.0f x %.0f points, whole layout and draw %.0f us\n", name,
+                median(times[0]), part.width, part.height, median(times[1]));
+    printRatio(std::string(name) + "_to_whole_layout_and_draw", medianRatio(times[0], times[1]),
+               0.5);
 }
 
 void run(const std::vector<std::string>& words) {
@@ -570,6 +658,17 @@ std::string largeAnimation() {
     return test::gif(kFrameWidth, kFrameHeight, frames);
 }
 
+// Bytes, of the process that the words start.
+double peakOf(const Device& device, std::vector<std::string> words) {
+    words.insert(words.begin(), {"/proc/self/exe", "--peak", device.path("peak")});
+    run(words);
+    return std::stod(contentsOf(device.path("peak")));
+}
+
+std::string photo(bool isProgressive) {
+    return test::jpeg(4000, 3000, {3'000'000, isProgressive});
+}
+
 // The most that one expanded view takes, without a player.
 void measureMemory() {
     constexpr double kMost = 48e6;
@@ -584,10 +683,8 @@ void measureMemory() {
         return payloadOf(example, device.path(name));
     };
     const Case cases[] = {
-        {"photo", withPicture("image.json", "b.jpg", test::jpeg(4000, 3000, {3'000'000, false})),
-         "wait 0"},
-        {"progressive_photo",
-         withPicture("image.json", "p.jpg", test::jpeg(4000, 3000, {3'000'000, true})), "wait 0"},
+        {"photo", withPicture("image.json", "b.jpg", photo(false)), "wait 0"},
+        {"progressive_photo", withPicture("image.json", "p.jpg", photo(true)), "wait 0"},
         {"interlaced_png", withPicture("image.json", "i.png", test::png(4000, 3000, {0, true})),
          "wait 0"},
         {"animation", withPicture("gif.json", "a.gif", largeAnimation()), "wait 2.25"},
@@ -597,28 +694,89 @@ void measureMemory() {
     for (const Case& each : cases) {
         device.deliver(each.name, each.payload);
         std::vector<std::string> words = device.expanding(each.name);
-        words.insert(words.begin(), {"/proc/self/exe", "--peak", device.path("peak")});
         words.insert(words.end(), {"--do", each.step});
-        run(words);
-        const double peak = std::stod(contentsOf(device.path("peak")));
+        const double peak = peakOf(device, words);
         std::printf("%-18s expand --png takes %.1f MB\n", each.name, peak / 1e6);
         printRatio(std::string(each.name) + "_peak_to_48_MB", peak / kMost, 1);
     }
 }
 
+constexpr int kPages = 10;
+
+// Goes through all pages of a carousel, there and back, and draws whatever comes into sight.
+int turnPages(const std::string& payload) {
+    Expanded view(*ports().json.parse(contentsOf(payload)));
+    auto& carousel = view.find<ItemCarouselComponent>();
+    const auto settle = [&] {
+        for (int i = 0; i < 4; ++i) {
+            ports().memory.dispatch.advance(0.1);
+            view.drawChanges();
+        }
+    };
+    for (int i = 0; i <= kPages; ++i, settle())
+        carousel.nextItem();
+    for (int i = 0; i <= kPages; ++i, settle())
+        carousel.previousItem();
+    view.draw();
+    return 0;
+}
+
+// Of ten pictures of 12 megapixels: in the content extension, which draws once all steps are taken,
+// and where each step is drawn from its begin to its end.
+void measureCarouselMemory() {
+    constexpr double kMost = 64e6;
+    const Device device;
+    std::vector<std::string> steps;
+    for (int i = 0; i < 2 * kPages; ++i)
+        steps.insert(steps.end(), {"--do", i < kPages ? "press 0" : "press 1", "--do", "wait 0.4"});
+    const std::pair<const char*, std::string> files[] = {
+        {"photos", photo(false)},
+        {"progressive_photos", photo(true)},
+        {"pngs", test::png(4000, 3000, {0, false})},
+        {"interlaced_pngs", test::png(4000, 3000, {0, true})}};
+    for (const auto& [what, bytes] : files) {
+        std::ofstream(device.path(what), std::ios::binary) << bytes;
+        for (const std::string shape : {"landscape", "portrait"}) {
+            const std::string name = shape + "_" + what;
+            const Value payload = carouselOf("carousel-" + shape + ".json",
+                                             std::vector<std::string>(kPages, device.path(what)));
+            device.deliver(name, payload);
+            std::vector<std::string> words = device.expanding(name);
+            words.insert(words.end(), steps.begin(), steps.end());
+            const double once = peakOf(device, words);
+            const double each =
+                peakOf(device, {"/proc/self/exe", "--turn", device.path("push.json")});
+            std::printf(
+                "%-28s expanded and stepped through %.1f MB, with each step drawn %.1f MB\n",
+                name.c_str(), once / 1e6, each / 1e6);
+            printRatio(name + "_peak_to_64_MB", std::max(once, each) / kMost, 1);
+        }
+    }
+}
+
 }  // namespace
 
-// usage: views_benchmark [NAME], of one layout only, or "start", or "memory"
+// usage: views_benchmark [NAME], of one layout only, or "tick", "step", "start", "memory"
+// or "carousel_memory"
 int main(int argc, char** argv) {
     if (argc > 3 && std::string_view(argv[1]) == "--peak")
         return writePeak(argv[2], {argv + 3, argv + argc});
     ports();
+    if (argc > 2 && std::string_view(argv[1]) == "--turn") return turnPages(argv[2]);
     const std::string wanted = argc > 1 ? argv[1] : "";
     for (const Example& example : kExamples) {
         if (wanted.empty() || wanted == example.name) measureLayout(example);
     }
-    if (wanted.empty() || wanted == "tick") measureTick();
+    if (wanted.empty() || wanted == "tick") {
+        measureTick("text_tick", "countdown.json");
+        measureTick("bar_tick", "timer.json");
+    }
+    if (wanted.empty() || wanted == "step") {
+        measureStep("page_step", "carousel-landscape.json");
+        measureStep("pair_step", "carousel-portrait.json");
+    }
     if (wanted.empty() || wanted == "start") measureStart();
     if (wanted.empty() || wanted == "memory") measureMemory();
+    if (wanted.empty() || wanted == "carousel_memory") measureCarouselMemory();
     return 0;
 }
