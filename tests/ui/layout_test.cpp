@@ -414,14 +414,19 @@ TEST_F(LayoutTest, NothingIsCalledWhereNoFrameCanHaveChanged) {
     };
     EXPECT_EQ(callsAfter([&] { title->setText("other"); }), 0U);
     EXPECT_EQ(callsAfter([&] { height->setConstant(21); }), 1U);
+    EXPECT_EQ(callsAfter([&] { height->setConstant(22); }), 1U);
+    EXPECT_EQ(callsAfter([&] { title->setText("title"); }), 0U);
     EXPECT_EQ(callsAfter([&] { title->setText("longer than it was"); }), 1U);
     EXPECT_EQ(callsAfter([&] { countdown->setText("09:59"); }), 0U);
     EXPECT_EQ(callsAfter([&] { countdown->setText("9:58"); }), 1U);
     EXPECT_EQ(callsAfter([&] { column->setNeedsLayout(); }), 1U);
     EXPECT_EQ(countdown->intrinsicContentSize(100).width, 20);
-    adapters::memory::RecordingCanvas canvas;
-    window.draw(canvas);
-    EXPECT_THAT(canvas.lines(), testing::Contains(testing::HasSubstr("9:58")));
+    for (const char* time : {"9:57", "9:56"}) {
+        countdown->setText(time);
+        adapters::memory::RecordingCanvas canvas;
+        window.draw(canvas);
+        EXPECT_THAT(canvas.lines(), testing::Contains(testing::HasSubstr(time)));
+    }
 }
 
 TEST_F(LayoutTest, HostileNumbersAndTextsGiveFiniteFrames) {
