@@ -3,7 +3,7 @@ BUILD := build
 PYTHON := PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3
 CTEST := ctest --output-on-failure --parallel 2
 
-.PHONY: help setup configure build demo gallery test bench format sanitize clean
+.PHONY: help setup configure build demo gallery test accept-pictures bench format sanitize clean
 .DEFAULT_GOAL := help
 
 help:
@@ -11,6 +11,8 @@ help:
 	@echo 'make gallery   draw every layout and state into a page: $(BUILD)/gallery/index.html'
 	@echo 'make test      build everything, run the whole suite and the checks of the source'
 	@echo 'make build     build the program: $(BUILD)/tavrolin'
+	@echo 'make accept-pictures'
+	@echo '               take the pictures that are drawn now as those that tests compare with'
 	@echo 'make bench     run the benchmarks, each as a ratio to a baseline beside it'
 	@echo 'make sanitize  run the suite under the address, undefined-behaviour and thread sanitizers'
 	@echo 'make format    format the source'
@@ -40,6 +42,9 @@ test: configure
 	@cmake --build $(BUILD)
 	@echo '== Testing'
 	@$(CTEST) --test-dir $(BUILD)
+
+accept-pictures: build
+	@$(PYTHON) tests/gallery/golden_test.py . $(BUILD)/tavrolin $(BUILD)/gallery-tests/golden --accept
 
 bench: setup
 	@scripts/bench
