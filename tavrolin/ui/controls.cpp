@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "tavrolin/ui/content_fit.h"
+#include "tavrolin/ui/drawing.h"
 #include "tavrolin/ui/property_values.h"
 #include "tavrolin/ui/value_text.h"
 
@@ -147,11 +148,9 @@ void Button::drawContent(Canvas& canvas) const {
     const auto [place, room] = arranged();
     if (!isEnabled()) canvas.beginGroup();
     if (image_ != nullptr) {
-        const double scale = canvas.scale();
-        const auto pixels = image_->pixels({place.width * scale, place.height * scale}, 0);
         std::optional<Color> tint;
         if (tintColor_) tint = resolved(*tintColor_);
-        if (pixels != nullptr) canvas.drawImage(pixels, place, tint);
+        drawPicture(canvas, image_, 0, place, tint);
     }
     title_.drawText(canvas, room, resolved(title_.textColor()));
     if (!isEnabled()) canvas.endGroup(kDisabledAlpha);

@@ -1,9 +1,18 @@
 #include "tavrolin/ui/drawing.h"
 
+#include <utility>
+
 namespace tavrolin::ui {
 
 using platform::Color;
 using platform::Rect;
+
+void Drawing::keep(std::shared_ptr<Image> image, double elapsed, const Rect& place,
+                   const std::optional<Color>& tint) {
+    steps_.emplace_back([=, image = std::move(image)](platform::Canvas& canvas) {
+        drawPicture(canvas, image, elapsed, place, tint);
+    });
+}
 
 void Drawing::draw(platform::Canvas& canvas) const {
     for (const Step& step : steps_)
@@ -57,6 +66,15 @@ void Drawing::drawText(const platform::TextLayout& text, platform::Point origin,
                        const Color& color) {
     steps_.emplace_back(
         [&text, origin, color](platform::Canvas& canvas) { canvas.drawText(text, origin, color); });
+}
+
+void drawPicture(platform::Canvas& canvas, const std::shared_ptr<Image>& image, double elapsed,
+                 const Rect& place, const std::optional<Color>& tint) {
+    if (auto* const drawing = dynamic_cast<Drawing*>(&canvas))
+        return drawing->keep(image, elapsed, place, tint);
+    const double scale = canvas.scale();
+    const auto pixels = image->pixels({place.width * scale, place.height * scale}, elapsed);
+    if (pixels != nullptr) canvas.drawImage(pixels, place, tint);
 }
 
 }  // namespace tavrolin::ui

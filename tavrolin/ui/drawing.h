@@ -5,11 +5,12 @@
 #include <vector>
 
 #include "tavrolin/platform/canvas.h"
+#include "tavrolin/ui/image.h"
 
 namespace tavrolin::ui {
 
-/// A canvas that remembers what is drawn on it, to be drawn again. Texts are remembered by those
-/// who draw them, with `keep`: the canvas itself can't own them.
+/// A canvas that remembers what is drawn on it, to be drawn again. Texts and pictures are
+/// remembered by those who draw them, with `keep`: the canvas itself can't own them.
 class Drawing final : public platform::Canvas {
 public:
     explicit Drawing(double scale = 1) : scale_(scale) {}
@@ -18,6 +19,9 @@ public:
     void keep(std::shared_ptr<const platform::TextLayout> text) {
         texts_.push_back(std::move(text));
     }
+    /// Keeps a picture in place of its pixels, which are decoded when this is drawn, if it ever is.
+    void keep(std::shared_ptr<Image> image, double elapsed, const platform::Rect& place,
+              const std::optional<platform::Color>& tint);
     void draw(platform::Canvas& canvas) const;
 
     void save() override;
@@ -45,5 +49,10 @@ private:
     std::vector<Step> steps_;
     std::vector<std::shared_ptr<const platform::TextLayout>> texts_;
 };
+
+/// Draws what a picture shows so many seconds after it came on screen; nothing when it can't be
+/// decoded.
+void drawPicture(platform::Canvas& canvas, const std::shared_ptr<Image>& image, double elapsed,
+                 const platform::Rect& place, const std::optional<platform::Color>& tint);
 
 }  // namespace tavrolin::ui

@@ -3,6 +3,7 @@
 #include "tavrolin/platform/dispatch.h"
 #include "tavrolin/platform/platform.h"
 #include "tavrolin/ui/content_fit.h"
+#include "tavrolin/ui/drawing.h"
 #include "tavrolin/ui/property_values.h"
 
 namespace tavrolin::ui {
@@ -56,12 +57,9 @@ void ImageView::drawContent(platform::Canvas& canvas) const {
     if (isPlaying()) {
         elapsed = foundation::secondsBetween(shownSince_, platform::current().dispatch->now());
     }
-    const double scale = canvas.scale();
-    const auto pixels = image_->pixels({place.width * scale, place.height * scale}, elapsed);
-    if (pixels == nullptr) return;
     std::optional<platform::Color> tint;
     if (tintColor_) tint = resolved(*tintColor_);
-    canvas.drawImage(pixels, place, tint);  // the view clips, where it is to
+    drawPicture(canvas, image_, elapsed, place, tint);  // the view clips, where it is to
 }
 
 bool ImageView::setProperty(std::string_view name, const foundation::Value& value) {

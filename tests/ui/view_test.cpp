@@ -191,6 +191,22 @@ TEST_F(ViewTest, AFadeKeepsWhatIsGone) {
     EXPECT_TRUE(drawn(*root).empty());
 }
 
+TEST_F(ViewTest, AFadeDecodesWhatIsGoneOnlyWhereItIsSeen) {
+    auto root = rooted();
+    auto view = placed<ui::ImageView>("image", *root, {0, 0, 4, 2});
+    const auto source =
+        std::make_shared<MemoryImageSource>(std::vector<MemoryImageSource::Frame>{{4, 2}, {8, 4}});
+    for (const bool isSeen : {false, true}) {
+        view->setImage(ui::Image::animated(source, {0}, 0, "old"));
+        ui::crossFade(*root, 1, [&] { view->setImage(nullptr); });
+        if (isSeen) {
+            EXPECT_THAT(drawn(*root), Contains(testing::HasSubstr("image 4x2 at 0,0 4x2")));
+        }
+        memory.dispatch.runUntilIdle();
+        EXPECT_EQ(source->takeRequests().size(), isSeen ? 1U : 0U);
+    }
+}
+
 TEST_F(ViewTest, PicturesAreShownInTheirShapeAndTime) {
     auto root = rooted();
     auto view = placed<ui::ImageView>("image", *root, {0, 0, 100, 100});
