@@ -160,6 +160,7 @@ TEST_F(CarouselsTest, PortraitStepsGoRoundByTheCopyOfTheFirst) {
     // Faster than it can move.
     for (int i = 0; i < 1000; ++i)
         press("0");
+    press("1");
     wait(0.2);
     EXPECT_LE(offset(), 3 * kStep) << "never beyond what there is";
     wait(1);
@@ -473,6 +474,25 @@ TEST_F(CarouselsTest, PicturesAreReadOnTheQueueWithAnotherInTheirPlaceMeanwhile)
         each();
     wait(0.05);
     EXPECT_EQ(portrait.pageStackViews().size(), 3U);
+}
+
+TEST_F(CarouselsTest, APayloadWithoutItemsTakesThoseBeforeAway) {
+    const auto test = [&](auto& carousel) {
+        carousel.nextItem();
+        carousel.didReceiveCarouselPayload(show(Value::dictionary({{"type", "Carousel"}})), nullptr,
+                                           std::nullopt);
+        // While they are still there.
+        carousel.setNeedsLayout();
+        window_.layoutIfNeeded();
+        if constexpr (requires { carousel.scrollToPage(0); }) carousel.scrollToPage(0);
+        wait(0.05);
+        EXPECT_THAT(carousel.pageStackViews(), IsEmpty());
+        EXPECT_THAT(scrollView().subviews(), IsEmpty());
+        carousel.nextItem();
+        wait(1);
+    };
+    test(showCarousel<CVNPortraitCarouselComponent>(items(3)));
+    test(showCarousel<CVNLandscapeCarouselComponent>(items(3)));
 }
 
 TEST_F(CarouselsTest, PicturesThatAreFarTakeNoMemory) {

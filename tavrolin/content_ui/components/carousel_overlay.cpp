@@ -1,5 +1,6 @@
 #include "tavrolin/content_ui/components/carousel_overlay.h"
 
+#include <charconv>
 #include <optional>
 #include <string>
 
@@ -64,14 +65,22 @@ void colorBackground(ui::View& view, const Value& property) {
     }
 }
 
+// The page whose number the text is, as it is written in full: "0", but not "00".
+std::optional<std::size_t> pageNamed(std::string_view text, std::size_t pages) {
+    std::size_t page = 0;
+    const auto error = std::from_chars(text.data(), text.data() + text.size(), page).ec;
+    if (error != std::errc() || page >= pages || std::to_string(page) != text) return std::nullopt;
+    return page;
+}
+
 // The parts of a text between separators; of one without any, the whole.
-std::vector<std::string> pagesNamedBy(std::string_view text) {
-    std::vector<std::string> pages;
+std::vector<std::string> partsOf(std::string_view text) {
+    std::vector<std::string> parts;
     std::size_t begin = 0;
     while (true) {
         const std::size_t end = text.find(kPNE2ECarouselCarouselSlideIndexSeparator, begin);
-        pages.emplace_back(text.substr(begin, end - begin));
-        if (end == std::string_view::npos) return pages;
+        parts.emplace_back(text.substr(begin, end - begin));
+        if (end == std::string_view::npos) return parts;
         begin = end + kPNE2ECarouselCarouselSlideIndexSeparator.size();
     }
 }
@@ -86,12 +95,11 @@ void readOverlayProperties(const Value& entries, std::int64_t pages,
         properties.push_back(Value::dictionary({{kIndex, std::to_string(page)}}));
     for (const Value& entry : entries.items()) {
         if (entry[kIndex].isNil()) continue;
-        for (const std::string& name : pagesNamedBy(entry[kIndex].string())) {
-            for (Value& property : properties) {
-                if (property[kIndex] != Value(name)) continue;
-                property = entry;
-                property.set(kIndex, name);
-            }
+        for (const std::string& name : partsOf(entry[kIndex].string())) {
+            const auto page = pageNamed(name, properties.size());
+            if (!page) continue;
+            properties[*page] = entry;
+            properties[*page].set(kIndex, name);
         }
     }
 }

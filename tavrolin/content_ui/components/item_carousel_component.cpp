@@ -120,13 +120,14 @@ void ItemCarouselComponent::readPictures() {
                 }));
         }
     }
+    if (items == 0) didReadPictures();
 }
 
 void ItemCarouselComponent::receive(const std::shared_ptr<Pictures>& pictures, std::size_t item,
                                     std::shared_ptr<ui::Image> image) {
     if (pictures != pictures_) return;  // another payload's
     pictures->images[item] = std::move(image);
-    if (item < pageStackViews_.size()) {
+    if (pictures->haveItems) {
         pageStackViews_[item]->setPicture(pictureOf(static_cast<std::int64_t>(item)));
     }
     if (--pictures->awaited == 0) didReadPictures();
@@ -145,6 +146,7 @@ void ItemCarouselComponent::makeItems(const CarouselItemView::Style& style) {
         view->removeFromSuperview();
     pageStackViews_.clear();
     placedWidth_ = -1;
+    pictures_->haveItems = true;
     for (std::int64_t i = 0; i < count(); ++i)
         pageStackViews_.push_back(makeItem(i, style));
 }

@@ -68,6 +68,8 @@ protected:
     virtual bool isNear(std::int64_t item) const = 0;
 
     std::int64_t count() const { return recordCount(carouselImages_); }
+    /// Those of the payload before, until this one's are set up.
+    std::int64_t itemViewCount() const { return static_cast<std::int64_t>(pageStackViews_.size()); }
     double scrollWidth() const;
     /// What raises leaves the carousel as far as it was built, and is logged.
     void guarded(const std::function<void()>& body);
@@ -105,6 +107,7 @@ private:
     struct Pictures {
         std::vector<std::shared_ptr<ui::Image>> images;
         std::size_t awaited = 0;
+        bool haveItems = false;  // to be shown in
     };
 
     std::weak_ptr<ItemCarouselComponent> weakly();

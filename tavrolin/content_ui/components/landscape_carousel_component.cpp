@@ -254,8 +254,9 @@ double CVNLandscapeCarouselComponent::shownHeight() const {
 }
 
 bool CVNLandscapeCarouselComponent::isNear(std::int64_t item) const {
-    const std::int64_t ahead = (item - index_ + count()) % count();
-    return ahead <= 1 || ahead == count() - 1;
+    const std::int64_t items = itemViewCount();
+    const std::int64_t ahead = (item - index_ % items + items) % items;
+    return ahead <= 1 || ahead == items - 1;
 }
 
 }  // namespace tavrolin

@@ -62,7 +62,12 @@ void CVNPortraitCarouselComponent::placeItems() {
     }
     if (copyOfFirst_) copyOfFirst_->place(x, itemWidth());
     scrollView_->setContentSize({x + (copyOfFirst_ ? itemWidth() : -kSpace), 0});
-    scrollTo(static_cast<double>(std::min(index_, count())) * step(), false);
+    scrollToIndex(false);
+}
+
+// Steps beyond the copy, while it is on its way, stay there.
+void CVNPortraitCarouselComponent::scrollToIndex(bool animated) {
+    scrollTo(static_cast<double>(std::min(index_, count())) * step(), animated);
 }
 
 // --- Steps
@@ -70,8 +75,7 @@ void CVNPortraitCarouselComponent::placeItems() {
 void CVNPortraitCarouselComponent::nextItem() {
     if (count() <= kCarouselPortraitNotificationMinimumCount) return;
     ++index_;
-    // Steps beyond the copy, while it is on its way, stay there.
-    scrollTo(static_cast<double>(std::min(index_, count())) * step(), true);
+    scrollToIndex(true);
     updateVisibleItemsHeight();
     if (index_ == count()) after(ui::kAnimationDuration, [this] { endWrap(); });
 }
@@ -90,7 +94,7 @@ void CVNPortraitCarouselComponent::previousItem() {
         index_ = count() - 1;
         scrollTo(static_cast<double>(count()) * step(), false);
     }
-    scrollTo(static_cast<double>(index_) * step(), true);
+    scrollToIndex(true);
     updateVisibleItemsHeight();
 }
 
@@ -113,12 +117,13 @@ void CVNPortraitCarouselComponent::updateVisibleItemsHeight() {
 }
 
 double CVNPortraitCarouselComponent::shownHeight() const {
-    return std::max(heightOf(index_ % count()), heightOf((index_ + 1) % count()));
+    return std::max(heightOf(index_ % itemViewCount()), heightOf((index_ + 1) % itemViewCount()));
 }
 
 bool CVNPortraitCarouselComponent::isNear(std::int64_t item) const {
-    const std::int64_t ahead = (item - index_ % count() + count()) % count();
-    return ahead <= 2 || ahead == count() - 1;
+    const std::int64_t items = itemViewCount();
+    const std::int64_t ahead = (item - index_ % items + items) % items;
+    return ahead <= 2 || ahead == items - 1;
 }
 
 }  // namespace tavrolin

@@ -37,6 +37,7 @@ protected:
 private:
     double itemWidth() const;
     double step() const;
+    void scrollToIndex(bool animated);
     void endWrap();
 
     ui::LayoutConstraint* constraintScrollTop_ = nullptr;
