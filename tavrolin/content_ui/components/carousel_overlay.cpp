@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tavrolin/content_ui/color_utility.h"
+#include "tavrolin/content_ui/contrast.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/shared_utility.h"
 #include "tavrolin/payload/payload_keys.h"
@@ -21,27 +22,18 @@ constexpr std::string_view kTextColor = "tc";
 // Darker towards the bottom: white texts read on it over any picture.
 const auto& kVeil = *new Value(Value::array({"1", kPNGradientBlackColorValue, "000000B0", "180"}));
 
-Color blackOrWhite(bool isWhite) {
-    return isWhite ? Color::white() : Color::black();
-}
-
-// As an eye weighs the three.
-bool isDark(const Color& color) {
-    return 0.299 * color.red + 0.587 * color.green + 0.114 * color.blue < 0.5;
-}
-
 Color textColor(const Value& property) {
     if (const auto color = CVNColorUtility::colorFromHexString(property[kTextColor])) return *color;
     Value behind = property[kPNOverlayColor];
     if (const Value& gradient = property[kPNOverlayGradientColor]; !behind && gradient)
         behind = gradient.at(2);  // texts lie at its end
     const auto color = CVNColorUtility::colorFromHexString(behind);
-    return blackOrWhite(!color || isDark(*color));
+    return color ? readableOn(*color) : Color::white();
 }
 
 // What an HTML text has without a colour of its own.
 Color plainHTMLColor() {
-    return blackOrWhite(CVNSharedUtility::getIsDarkMode());
+    return CVNSharedUtility::getIsDarkMode() ? Color::white() : Color::black();
 }
 
 void colorText(ui::Label& label, const Color& color) {

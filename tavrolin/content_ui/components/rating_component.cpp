@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tavrolin/content_ui/color_utility.h"
+#include "tavrolin/content_ui/contrast.h"
 #include "tavrolin/content_ui/emoji_utility.h"
 #include "tavrolin/core/logger.h"
 #include "tavrolin/core/push_preferences_manager.h"
@@ -29,13 +30,6 @@ namespace {
 ui::DynamicColor textColor(const Value& hex, const ui::DynamicColor& otherwise) {
     const auto color = CVNColorUtility::colorFromHexString(hex);
     return color && color->alpha > 0 ? *color : otherwise;
-}
-
-double luminance(const Color& color) {
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
 }
 
 // What texts of that colour can be read on, whatever lies behind it: a dark box for a light one.
