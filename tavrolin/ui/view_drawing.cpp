@@ -1,4 +1,5 @@
 // How a tree is drawn, and what of it must be drawn anew.
+#include <cmath>
 #include <utility>
 
 #include "tavrolin/ui/view_root.h"
@@ -16,9 +17,13 @@ bool meets(const Rect& a, const Rect& b) {
 
 }  // namespace
 
+// Scrolled by whole pixels, so that what lies side by side shows no seam while it moves.
 Point View::originOf(const View& child) const {
     const Point offset = contentOffset();
-    return {child.frame_.x - offset.x, child.frame_.y - offset.y};
+    if (offset == Point()) return {child.frame_.x, child.frame_.y};
+    const double scale = traitCollection().displayScale;
+    return {child.frame_.x - std::round(offset.x * scale) / scale,
+            child.frame_.y - std::round(offset.y * scale) / scale};
 }
 
 double View::presentOldAlpha() const {

@@ -158,6 +158,9 @@ TEST_F(ViewTest, AnimationsFollowTheClock) {
     EXPECT_NEAR(scroll->contentOffset().x, 50, 0.001);
     memory.dispatch.advance(0.3);
     EXPECT_EQ(scroll->contentOffset().x, 0);
+    scroll->setContentOffset({2.3, 0}, false);
+    EXPECT_THAT(drawn(*root), Contains("fill -2.5,0 20x20 #FF0000FF")) << "by whole pixels";
+    scroll->setContentOffset({0, 0}, false);
 
     std::vector<std::string> ends;
     ui::crossFade(

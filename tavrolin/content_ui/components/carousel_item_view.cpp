@@ -104,8 +104,8 @@ void CarouselItemView::place(double x, double width) {
 void CarouselItemView::setPicture(std::shared_ptr<ui::Image> picture) {
     pictureView_->setImage(std::move(picture));
     double ratio = style_.emptyRatio;
-    pictureView_->setBackgroundColor(
-        pictureView_->image() ? std::nullopt : std::optional(ui::palette::fill));
+    pictureView_->setBackgroundColor(pictureView_->image() ? std::nullopt
+                                                           : std::optional(ui::palette::fill));
     if (pictureView_->image()) {
         const platform::Size size = pictureView_->image()->size();
         ratio = std::clamp(size.height / size.width, style_.leastRatio, kMostRatio);
