@@ -58,6 +58,7 @@ def open_browser():
     options.binary_location = BROWSER
     options.add_argument("--headless=new")
     options.add_argument("--disable-gpu")
+    options.add_argument("--disable-dev-shm-usage")  # a container may have little there
     if os.geteuid() == 0:
         options.add_argument("--no-sandbox")  # it has none for root
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
