@@ -180,20 +180,21 @@ TEST_F(CarouselsTest, TwoPortraitItemsStayWhereTheyAre) {
 
 TEST_F(CarouselsTest, APortraitCarouselIsAsHighAsTheHigherItemOfTheTwo) {
     const std::string lines = "word word word word word word word word";
-    auto& carousel = showCarousel<CVNPortraitCarouselComponent>(
-        Value::array({item("one"), item(lines), item("three"), item("four")}));
-    const double high = scrollView().bounds().height;
-    EXPECT_EQ(high, carousel.pageStackViews()[1]->bounds().height);
+    const Value list = Value::array({item(lines), item("two"), item("three"), item("four")});
+    auto& carousel = showCarousel<CVNPortraitCarouselComponent>(list);
+    const double high = carousel.pageStackViews()[0]->bounds().height;
+    const double low = carousel.pageStackViews()[1]->bounds().height;
+    EXPECT_LT(low, high);
     EXPECT_EQ(height(), 16 + high + 16);
-    carousel.nextItem();
-    EXPECT_EQ(scrollView().bounds().height, high);
-    carousel.nextItem();
-    EXPECT_EQ(scrollView().bounds().height, carousel.pageStackViews()[2]->bounds().height);
-    EXPECT_LT(scrollView().bounds().height, high);
-    carousel.nextItem();
-    carousel.nextItem();
+    for (const double now : {low, low, high, high}) {
+        carousel.nextItem();
+        EXPECT_EQ(scrollView().bounds().height, now) << carousel.potraitIndex();
+    }
     wait(1);
     EXPECT_EQ(scrollView().bounds().height, high) << "the first two again";
+    showCarousel<CVNPortraitCarouselComponent>(
+        list, Value::dictionary({{"tim", Value::dictionary({{"ty", 1}})}}));
+    EXPECT_EQ(height(), high + 16) << "the texts above it have a margin of their own";
 }
 
 // --- A page each
@@ -214,6 +215,60 @@ TEST_F(CarouselsTest, LandscapePagesAreAsWideAsTheViewAndHighAsTheyAre) {
     EXPECT_EQ(height(), kWidth / 2);
     carousel.nextItem();
     EXPECT_EQ(height(), kWidth / 2) << "what is no text is none";
+    for (const auto& [size, shown] :
+         {std::pair{platform::Size{10, 1000}, 2 * kWidth}, {{1000, 10}, kWidth / 4}}) {
+        memory_.imageDecoder.setFrames({{.width = static_cast<std::uint32_t>(size.width),
+                                         .height = static_cast<std::uint32_t>(size.height)}});
+        showCarousel<CVNLandscapeCarouselComponent>(Value::array({item()}));
+        EXPECT_EQ(height(), shown) << "in part";
+    }
+}
+
+TEST_F(CarouselsTest, AnItemSaysItsTextsInHTMLOrPlain) {
+    const Value text = Value::dictionary({{"imgTitle", "Plain"}, {"imgMsg", "words"}});
+    Value html = text;
+    html.set("htT", "<b>Title</b>");
+    html.set("htB", "<i>message</i>");
+    const Value all = Value::array({text, html, Value::dictionary()});
+    auto& carousel = showCarousel<CVNLandscapeCarouselComponent>(all);
+    const auto& pages = carousel.pageStackViews();
+    EXPECT_EQ(pages[0]->titleLabel().textColor(),
+              ui::DynamicColor(platform::Color::rgba(0x737678FF)));
+    EXPECT_EQ(pages[0]->titleLabel().numberOfLines(), 1);
+    EXPECT_EQ(pages[0]->titleLabel().text(), "Plain");
+    EXPECT_EQ(pages[0]->messageLabel().text(), "words");
+    const auto styled = [](const ui::Label& label) {
+        return label.attributedText() ? label.attributedText()->string : "none";
+    };
+    EXPECT_EQ(styled(pages[1]->titleLabel()), "Title");
+    EXPECT_EQ(styled(pages[1]->messageLabel()), "message");
+    auto& edgeless = showCarousel<CVNLandscapeCarouselComponent>(all, edgeToEdge());
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(edgeless.pageStackViews()[i]->subviews()[1]->isHidden(), i == 2);
+}
+
+TEST_F(CarouselsTest, ANarrowerViewKeepsWhatIsShown) {
+    constexpr double kNarrow = 132;
+    ui::ViewController other;
+    ui::Window narrow(other, kNarrow, {});
+    const auto move = [&](NotificationView& carousel) {
+        carousel.loadWithSuperView(other.view());
+        narrow.layoutIfNeeded();
+    };
+    const Value gradient = Value::array({"1", "FFFFFF", "000000", "180"});
+    const Value entries = Value::array({Value::dictionary({{"i", "1"}, {"olgc", gradient}})});
+    auto& landscape = showCarousel<CVNLandscapeCarouselComponent>(
+        items(3), edgeToEdge(Value::dictionary({{"colc", entries}})));
+    landscape.nextItemWithoutAnimation();
+    move(landscape);
+    EXPECT_EQ(offset(), kNarrow);
+    const ui::View& overlay = *landscape.pageStackViews()[1]->subviews()[1];
+    EXPECT_EQ(overlay.layer().sublayers().at(0)->frame().width, kNarrow);
+    auto& portrait = showCarousel<CVNPortraitCarouselComponent>(items(3));
+    portrait.nextItem();
+    wait(1);
+    move(portrait);
+    EXPECT_EQ(offset(), (kNarrow - 32 - 16) / 2 + 16);
 }
 
 TEST_F(CarouselsTest, LandscapeStepsWrap) {
@@ -329,6 +384,10 @@ TEST_F(CarouselsTest, ArrowsAndDotsAreForTheEdgeToEdgeLayout) {
         EXPECT_EQ(dots.cornerRadius(), 7);
         EXPECT_EQ(dots.backgroundColor(),
                   ui::DynamicColor(platform::Color::rgba(isDark ? 0x00000050 : 0xFFFFFF50)));
+        adapters::memory::RecordingCanvas canvas;
+        dots.draw(canvas);
+        EXPECT_THAT(canvas.lines(),
+                    testing::Contains(testing::EndsWith(isDark ? " #FFFFFFFF" : " #000000FF")));
     }
     auto& carousel =
         showCarousel<CVNLandscapeCarouselComponent>(items(3), Value::dictionary({{"lid", 71}}));
@@ -476,6 +535,38 @@ TEST_F(CarouselsTest, PicturesAreReadOnTheQueueWithAnotherInTheirPlaceMeanwhile)
     EXPECT_EQ(portrait.pageStackViews().size(), 3U);
 }
 
+TEST_F(CarouselsTest, AnotherPayloadBeginsAtItsFirstItem) {
+    std::vector<std::function<void()>> work;
+    const auto queue = std::make_shared<foundation::OperationQueue>(
+        [&](std::function<void()> block) { work.push_back(std::move(block)); });
+    const auto take = [&](auto& carousel, const Value& list) {
+        carousel.didReceiveCarouselPayload(
+            show(Value::dictionary({{"type", "Carousel"}, {"carousel", list}})), queue,
+            std::nullopt);
+    };
+    auto& landscape = showCarousel<CVNLandscapeCarouselComponent>(
+        items(3), edgeToEdge(Value::dictionary({{"spd", 3}}), Value::dictionary()));
+    landscape.updateCarousel();
+    take(landscape, Value::array({item("late"), item("later")}));
+    take(landscape, Value::array({item("a", {}), item("b", {})}));
+    wait(0.049);
+    EXPECT_EQ(landscape.pageStackViews().size(), 3U) << "those before, for a moment";
+    wait(0.001);
+    for (const auto& each : work)
+        each();
+    wait(0);
+    ASSERT_EQ(landscape.pageStackViews().size(), 2U);
+    EXPECT_EQ(landscape.pageStackViews()[0]->picture(), nullptr) << "it is another payload's";
+    EXPECT_EQ(landscape.pageStackViews()[1]->frame().x, kWidth);
+    EXPECT_EQ(landscape.landscapeIndex(), 0);
+    EXPECT_EQ(offset(), 0);
+    EXPECT_EQ(outletOf<ui::PageControl>(landscape, "pageControl").currentPage(), 0);
+    wait(2.9);
+    EXPECT_EQ(landscape.landscapeIndex(), 0) << "its own three seconds";
+    tapOn(*outlet(landscape, "nextImageView"));
+    EXPECT_EQ(landscape.landscapeIndex(), 1) << "one step for a tap";
+}
+
 TEST_F(CarouselsTest, APayloadWithoutItemsTakesThoseBeforeAway) {
     const auto test = [&](auto& carousel) {
         carousel.nextItem();
@@ -496,12 +587,14 @@ TEST_F(CarouselsTest, APayloadWithoutItemsTakesThoseBeforeAway) {
 }
 
 TEST_F(CarouselsTest, PicturesThatAreFarTakeNoMemory) {
-    auto& carousel = showCarousel<CVNLandscapeCarouselComponent>(items(6), edgeToEdge());
     std::vector<std::shared_ptr<CountedPicture>> pictures;
-    for (const auto& page : carousel.pageStackViews()) {
-        pictures.push_back(std::make_shared<CountedPicture>());
-        page->setPicture(pictures.back());
-    }
+    const auto count = [&](auto& carousel) {
+        pictures.clear();
+        for (const auto& page : carousel.pageStackViews()) {
+            pictures.push_back(std::make_shared<CountedPicture>());
+            page->setPicture(pictures.back());
+        }
+    };
     const auto held = [&] {
         adapters::memory::RecordingCanvas canvas;
         window_.draw(canvas);
@@ -510,16 +603,26 @@ TEST_F(CarouselsTest, PicturesThatAreFarTakeNoMemory) {
             marks += picture->isHeld ? "x" : "-";
         return marks;
     };
+    auto& landscape = showCarousel<CVNLandscapeCarouselComponent>(items(6), edgeToEdge());
+    count(landscape);
     EXPECT_EQ(held(), "x-----");
-    carousel.nextItemWithoutAnimation();
+    for (const char* marks : {"xx----", "-xx---"}) {
+        landscape.nextItemWithoutAnimation();
+        EXPECT_EQ(held(), marks);
+    }
+    landscape.previousItemWithoutAnimation();
+    for (const char* marks : {"xx----", "x----x"}) {  // the last one is beside the first
+        landscape.previousItemWithoutAnimation();
+        EXPECT_EQ(held(), marks);
+    }
+    auto& portrait = showCarousel<CVNPortraitCarouselComponent>(items(6));
+    count(portrait);
     EXPECT_EQ(held(), "xx----");
-    carousel.nextItemWithoutAnimation();
-    EXPECT_EQ(held(), "-xx---");
-    carousel.previousItemWithoutAnimation();
-    carousel.previousItemWithoutAnimation();
-    EXPECT_EQ(held(), "xx----");
-    carousel.previousItemWithoutAnimation();
-    EXPECT_EQ(held(), "x----x") << "the last one is beside the first";
+    for (const char* marks : {"xxx---", "-xxx--"}) {  // those on their way out are still seen
+        portrait.nextItem();
+        wait(0.3);
+        EXPECT_EQ(held(), marks);
+    }
 }
 
 TEST_F(CarouselsTest, ACarouselThatIsGoneDoesNothing) {

@@ -115,9 +115,9 @@ TEST_F(PicturesAndButtonsTest, PicturesStandTogetherWhereThePayloadWantsThem) {
         for (std::int64_t count = 1; count <= 7; ++count) {
             showItems(items(count), positionOf(position));
             const auto row = load<CVNMultiImageComponent>("CVNMultiImageComponent");
-            window_.layoutIfNeeded();
             const std::string where = position.description() + ", " + std::to_string(count);
             EXPECT_DOUBLE_EQ(row->imageItemWidthForStackView(), 65.6) << where;
+            window_.layoutIfNeeded();
             const std::int64_t filled = std::min<std::int64_t>(count, 5);
             const platform::Rect stack = placeOf(*outlet(*row, "horizontalImageStack"));
             for (std::int64_t tag = 0; tag < 5; ++tag) {
@@ -298,7 +298,10 @@ TEST_F(PicturesAndButtonsTest, ButtonsInTheViewShareTheirRow) {
     EXPECT_EQ(window_.size().height, 40 + 16);
     const platform::Rect alone = placeOf(*shownButtons().at(0));
     EXPECT_EQ(alone.x, 16);
-    EXPECT_LT(alone.width, kWidth / 2) << "its own width";
+    const auto words = std::make_shared<ui::Label>();
+    words->setText("Button 0");
+    words->setFont({.size = 15});
+    EXPECT_EQ(alone.width, words->intrinsicContentSize(kWidth).width + 2 * 10) << "its own width";
     EXPECT_EQ(alone.height, 40);
     component->configureNotification();
     EXPECT_EQ(shownButtons().size(), 1U) << "the ones before go";
