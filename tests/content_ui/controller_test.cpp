@@ -315,17 +315,21 @@ TEST_F(ControllerTest, AnswersTheNotificationsButtons) {
 }
 
 TEST_F(ControllerTest, CarouselsGetTheirButtonsAndStayOpen) {
-    registerClass<RecordingCarousel>("CVNLandscapeCarouselComponent");
-    const Value section =
-        Value::dictionary({{"type", "CarouselLandscape"},
-                           {"carousel", Value::array({Value::dictionary(), Value::dictionary()})}});
-    for (const std::int64_t layoutId : {71, 72}) {
-        const auto shown = notification(section, Value::dictionary({{"lid", layoutId}}));
+    for (const auto& [layoutId, type] : {std::pair{71, "CarouselLandscape"},
+                                         {91, "CarouselPortrait"},
+                                         {72, "CarouselLandscape"}}) {
+        registerClass<RecordingCarousel>("CVN" + std::string(type).substr(8) + "CarouselComponent");
+        const auto shown = notification(
+            Value::dictionary(
+                {{"type", type},
+                 {"carousel", Value::array({Value::dictionary(), Value::dictionary()})}}),
+            Value::dictionary({{"lid", layoutId}}));
         controller_->didReceiveNotification(shown);
         auto* const carousel = dynamic_cast<RecordingCarousel*>(
             controller_->findCarouselComponentInViewHierarchy(controller_->view()));
         ASSERT_NE(carousel, nullptr);
-        if (layoutId == 71) {
+        EXPECT_EQ(press("", shown), "2") << "that is no button";
+        if (layoutId != 72) {
             EXPECT_EQ(press("1", shown), "0");
             EXPECT_THAT(carousel->calls, ElementsAre("1"));
         } else {

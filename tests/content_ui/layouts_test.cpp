@@ -35,7 +35,7 @@ protected:
         return list;
     }
     /// Puts a notification on screen that has these: "file", "url", "rating", "button", "reply",
-    /// "lt1", "items2", "items3".
+    /// "lt1", "items1" to "items3".
     void showWith(std::string_view features) {
         const auto has = [&](std::string_view feature) {
             return features.find(feature) != std::string_view::npos;
@@ -46,7 +46,7 @@ protected:
         if (has("url")) section.set("mediaUrl", "https://a.example/x");
         if (has("button")) section.set("actionButton", Value::array({Value::dictionary()}));
         if (has("reply")) section.set("rbtn", Value::dictionary({{"name", "Reply"}}));
-        if (has("items")) section.set("carousel", items(has("items3") ? 3 : 2));
+        if (has("items")) section.set("carousel", items(has("items3") ? 3 : has("items2") ? 2 : 1));
         if (has("rating")) settings.set("rat", Value::dictionary({{"ty", 1}}));
         if (has("lt1")) settings.set("lui", Value::dictionary({{"lt", 1}}));
         show(section, settings);
@@ -84,7 +84,7 @@ TEST_F(LayoutsTest, FillTheirSlotsByTheNotification) {
         {"CVNLayout51", "url reply", "header media actionButton"},
         {"CVNLayout61", "file", "header"},
         {"CVNLayout61", "url button", "header media actionButton"},
-        {"CVNLayout71", "button reply", "header media"},
+        {"CVNLayout71", "items1 button reply", "header media"},
         {"CVNLayout71", "items2 rating", "header media rating actionButton"},
         {"CVNLayout72", "items3 reply", "header media"},
         {"CVNLayout72", "button", "header media actionButton"},
@@ -263,6 +263,13 @@ TEST_F(LayoutsTest, TheMediaSlotTakesTheComponentOfTheType) {
             chosen == nullptr)
             << each.type;
     }
+    memory_.bundles.libraryBundle.setResource("CorvalenPushSDKConfig", "plist",
+                                              Value::dictionary());
+    show(Value::dictionary({{"type", "CarouselPortrait"}, {"carousel", items(1)}}),
+         Value::dictionary({{"lid", 92}}));
+    EXPECT_EQ(load<CVNMediaComponent>("CVNMediaComponent")->baseContainerView()->className(),
+              "RecordingCarousel")
+        << "the type may not be shown as a row";
     registerClass<BrokenComponent>("CVNImageComponent");
     show(Value::dictionary({{"type", "Image"}}));
     memory_.logSink.clear();
