@@ -4,6 +4,7 @@ taken. Prints the port, once it answers.
 
 usage: serve_pictures.py FOLDER PORT"""
 
+import contextlib
 import functools
 import http.server
 import sys
@@ -15,7 +16,7 @@ class Quiet(http.server.SimpleHTTPRequestHandler):
 
 
 class Server(http.server.ThreadingHTTPServer):
-    # Several devices fetch several pictures each at once; whoever finds the queue full waits a second.
+    # Several devices fetch several pictures each at once; who finds the queue full waits a second.
     request_queue_size = 128
 
 
@@ -30,7 +31,8 @@ def server_of(folder, wanted):
 def main(folder, wanted):
     server = server_of(folder, int(wanted))
     print(server.server_port, flush=True)
-    server.serve_forever()
+    with contextlib.suppress(KeyboardInterrupt):
+        server.serve_forever()
 
 
 if __name__ == "__main__":

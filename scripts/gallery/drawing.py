@@ -94,9 +94,10 @@ def expansion(state):
         yield ["--do", step]
 
 
-def typed(now, *groups):
+def typed(program, now, *groups):
     """A command as it is typed in the folder of the gallery's page."""
-    lines = ["tavrolin --device a-device --time jump", f"--now {now}", *map(shlex.join, groups)]
+    lines = [f'{shlex.quote(program)} --device "$device" --time jump', f"--now {now}",
+             *map(shlex.join, groups)]
     return " \\\n    ".join(lines)
 
 
@@ -134,9 +135,12 @@ class Draughtsman:
             shown = self.run(device, state.at, [
                 *itertools.chain(*groups),
                 "--scale", str(self.scale), "--png", str(view), "--card-png", str(card)])
+        program = os.path.relpath(self.program, self.folder)
         commands = (
-            typed(state.delivered, ["deliver", f"payloads/{payload.name}", "--id", IDENTIFIER]),
-            typed(state.at, *groups, ["--png", "view.png", "--card-png", "card.png"]))
+            "device=$(mktemp -d)",  # a clock never goes back, so each time a new one
+            typed(program, state.delivered,
+                  ["deliver", f"payloads/{payload.name}", "--id", IDENTIFIER]),
+            typed(program, state.at, *groups, ["--png", "view.png", "--card-png", "card.png"]))
         return Drawn(state, shown["layout"], self.picture(view), self.picture(card), payload,
                      commands)
 
@@ -150,8 +154,11 @@ class Draughtsman:
     def run(self, device, now, arguments):
         command = [self.program, "--device", device, "--time", "jump", "--now", now, "--log", "9",
                    "--json", *arguments]
-        done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                              timeout=PATIENCE, check=False)
+        try:
+            done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                                  timeout=PATIENCE, check=False)
+        except subprocess.TimeoutExpired as late:
+            raise NotDrawn(f"{shlex.join(command)}\nwas not done after {PATIENCE} seconds") from late
         if done.returncode != 0:
             raise NotDrawn(f"{shlex.join(command)}\nended with {done.returncode}: "
                            f"{done.stderr.strip() or done.stdout.strip()}")

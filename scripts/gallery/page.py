@@ -23,8 +23,8 @@ PAGE = """<!doctype html>
 <h1>Gallery of notifications</h1>
 <p>{count} pushes, each delivered to a device of its own and expanded there: the view that the library draws, and the
 card around it as a phone shows it. Their pictures were served from <code>examples/media</code>; to draw one again,
-serve them with <code>python3 scripts/serve_pictures.py examples/media 8099</code> and type the commands beside it in
-this page's folder.</p>
+serve them with <code>python3 scripts/serve_pictures.py examples/media 8099</code> in the project's folder, and type the
+commands beside it in this page's.</p>
 </header>
 <nav aria-label="Layouts">{links}</nav>
 <main>

@@ -1,20 +1,25 @@
 """The gallery's page in a real browser: draws it, opens it in Chromium without a window, at the width
-of a phone and of a screen, and looks at what the browser made of it.
+of a phone and of a screen, and looks at what the browser made of it. Then types what it says that one
+has to type.
 
 usage: page_test.py ROOT PROGRAM FOLDER"""
 
+import html
 import json
 import os
 import pathlib
+import re
 import signal
 import subprocess
 import sys
+import tempfile
 import urllib.parse
 
 BROWSER, DRIVER = "/usr/bin/chromium", "/usr/bin/chromedriver"
 PATIENCE = 60  # seconds for all that the browser does
 SCALE = 2
 WIDTHS = (390, 1280)
+WITHOUT_MEDIA = "01-progress"  # a state that needs no server
 
 # Gives what each picture says and is, once all are there; those of no size could not be loaded.
 PICTURES = """
@@ -145,10 +150,29 @@ def looked_at(root, page):
     return wrong or ("" if looking.returncode == 0 else "the browser could not be used, see above")
 
 
+def typed(page, state):
+    """What is wrong with the pictures that the page's commands for a state leave; twice, as one may."""
+    article = page.read_text(encoding="utf-8").partition(f'id="state-{state}"')[2]
+    commands = html.unescape(re.search('<pre class="commands".*?>(.*?)</pre>', article, re.S)[1])
+    with tempfile.TemporaryDirectory() as devices:
+        for _ in range(2):
+            done = subprocess.run(["bash", "-ec", commands], cwd=page.parent, text=True, check=False,
+                                  env={**os.environ, "TMPDIR": devices}, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.PIPE)
+            if done.returncode != 0:
+                return f"{commands}\nends with {done.returncode}: {done.stderr}"
+    for kind in ("view", "card"):
+        again = page.with_name(f"{kind}.png").read_bytes()
+        if again != (page.parent / f"{kind}s" / f"{state}.png").read_bytes():
+            return f"{commands}\ndraws another {kind}"
+    return ""
+
+
 def main(root, program, folder):
     subprocess.run([sys.executable, f"{root}/scripts/gallery", "--program", program, "--folder",
                     folder, "--scale", str(SCALE)], check=True)
-    wrong = looked_at(root, pathlib.Path(folder).resolve() / "index.html")
+    page = pathlib.Path(folder).resolve() / "index.html"
+    wrong = looked_at(root, page) or typed(page, WITHOUT_MEDIA)
     print(wrong or "the page is in order")
     return 1 if wrong else 0
 
