@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "tavrolin/core/plist_keys.h"  // names the file that the lists stand in
+#include "tavrolin/foundation/value.h"
 
 namespace tavrolin {
 
@@ -33,6 +34,11 @@ inline constexpr std::string_view kPnTypeCarouselPortrait = "CarouselPortrait";
 inline constexpr std::string_view kPnTypeCarouselLandscape = "CarouselLandscape";
 inline constexpr std::string_view kCarouselPortraitType = "CarouselPortrait";
 inline constexpr std::string_view kCarouselLandscapeType = "CarouselLandscape";
+
+inline bool isCarouselType(const foundation::Value& type) {
+    return type == foundation::Value(kPnTypeCarouselLandscape) ||
+           type == foundation::Value(kPnTypeCarouselPortrait);
+}
 
 // The carousels. The identifiers of their two buttons are the buttons' positions.
 inline constexpr std::string_view kCarouselNextActionButtonTitle = "Next";

@@ -44,10 +44,6 @@ constexpr double kTitleSize = 15;
 // stays a light one there, and opaque: they can be read on any background.
 constexpr ui::DynamicColor kPlainBackground{Color::rgba(0xE4E4E6FF), Color::rgba(0x98989DFF)};
 
-bool isCarousel(const Value& type) {
-    return type == Value(kPnTypeCarouselLandscape) || type == Value(kPnTypeCarouselPortrait);
-}
-
 // By the buttons' places: an entry counts for as many of them as its index has pieces, whatever
 // these are.
 std::vector<Value> stylesFor(std::size_t buttons, const Value& list) {
@@ -125,7 +121,7 @@ CVNActionButtonComponent::Actions CVNActionButtonComponent::getDefaultButton(
     const std::int64_t layoutId = integerOrZero(cvnUi().layoutId);
     const Value& type = cvnPayload().type;
     if (layoutId == 71 || layoutId == 91 ||
-        (isCarousel(type) && !CVNLayoutUtility::isLayoutIdSupported(cvnUi().layoutId, type)))
+        (isCarouselType(type) && !CVNLayoutUtility::isLayoutIdSupported(cvnUi().layoutId, type)))
         return getDefaultNextPrevButton();
 
     Actions actions;

@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::string_view kOperation = "-[CVNMediaComponent loadComponentByLayoutId]";
 
-bool isCarouselType(const Value& type) {
-    return type == Value(kPnTypeCarouselLandscape) || type == Value(kPnTypeCarouselPortrait);
-}
-
 }  // namespace
 
 void CVNMediaComponent::connect(ui::Connections& connections) {
