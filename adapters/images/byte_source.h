@@ -22,8 +22,8 @@ public:
 };
 
 std::unique_ptr<ByteSource> memorySource(foundation::Value::Bytes bytes);
-/// Null when it can't be opened or is no regular file. It is opened for each read; what
-/// the path leads to by then is read.
+/// Null when it can't be opened or is no regular file. It is opened for each read; what the path
+/// leads to by then is read.
 std::unique_ptr<ByteSource> fileSource(std::string_view path);
 
 /// Reads a source from its beginning, a block at a time. The source must outlive it.

@@ -307,8 +307,8 @@ void Canvas::stroke(const Rect& rect, double cornerRadius, double width, const C
 
 namespace {
 
-// Where a picture comes to lie that has a pixel for each of its place, but for broken ones: on
-// whole ones. Nothing for any other, which is to be stretched.
+// Where to put a picture that has as many pixels as its place, give or take a fraction: on whole
+// ones, so that it stays sharp. Nothing for any other, which is to be stretched.
 std::optional<Point> placeOnGrid(cairo_t* cairo, const Rect& rect, double width, double height) {
     Point corner = rect.origin();
     Point size = {rect.width, rect.height};
