@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::string_view kTextColor = "tc";
 // Darker towards the bottom: white texts read on it over any picture.
-const auto& kVeil = *new Value(Value::array({"1", kPNGradientBlackColorValue, "000000B0", "180"}));
+const auto& kVeil = *new Value(Value::array({"1", "00000080", "000000C0", "180"}));
 
 Color textColor(const Value& property) {
     if (const auto color = CVNColorUtility::colorFromHexString(property[kTextColor])) return *color;
