@@ -427,6 +427,33 @@ TEST_F(DecodesTest, PicturesThatAreNotReadHoldNoFileOpen) {
     }
 }
 
+// Other processes write into the media folder.
+TEST_F(DecodesTest, AFileThatIsAnotherOneByNowHarmsNothing) {
+    std::vector<Still> files = stills(30, 20);
+    for (const Still& large : stills(400, 300))
+        files.push_back(large);
+    for (const std::uint16_t side : {std::uint16_t{2}, std::uint16_t{200}}) {
+        const GIFFrame frame = plainFrame(side, side, 'r', 1);
+        files.push_back({"gif", gif(side, side, {frame, frame}), true});
+    }
+    for (const Still& before : files) {
+        for (const Still& after : files) {
+            const auto source = openedFile(before.file);
+            ASSERT_NE(source, nullptr) << before.what;
+            const auto path = folder_ / "picture";
+            std::ofstream(path, std::ios::binary) << after.file;
+            for (const std::uint32_t size : {7U, 1000U}) {
+                for (std::size_t i = 0; i < source->count(); ++i) {
+                    const ImageRef image = source->imageAtIndex(i, size, size);
+                    if (!image) continue;
+                    EXPECT_EQ(image->pixels.size(), std::size_t{4} * image->width * image->height)
+                        << before.what << " " << after.what;
+                }
+            }
+        }
+    }
+}
+
 TEST_F(DecodesTest, BelievesBytesNotNames) {
     for (const Still& still : stills(300, 200)) {
         EXPECT_TRUE(decodes(still.file)) << still.what;

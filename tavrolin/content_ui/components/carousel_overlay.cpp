@@ -19,8 +19,11 @@ using platform::Color;
 namespace {
 
 constexpr std::string_view kTextColor = "tc";
+
 // Darker towards the bottom: white texts read on it over any picture.
-const auto& kVeil = *new Value(Value::array({"1", "00000080", "000000C0", "180"}));
+Value veil() {
+    return Value::array({"1", "00000080", "000000C0", "180"});
+}
 
 Color textColor(const Value& property) {
     if (const auto color = CVNColorUtility::colorFromHexString(property[kTextColor])) return *color;
@@ -53,7 +56,7 @@ void colorBackground(ui::View& view, const Value& property) {
     } else if (property[kPNOverlayGradientColor]) {
         CVNColorUtility::addBackgroundGradientColor(view, property[kPNOverlayGradientColor]);
     } else {
-        CVNColorUtility::addBackgroundGradientColor(view, kVeil);
+        CVNColorUtility::addBackgroundGradientColor(view, veil());
     }
 }
 
